@@ -1,0 +1,43 @@
+# The two commands: `make demo` runs the example programs, `make test` builds
+# the library for i386 and x86-64 (and x86-64 with ASan+UBSan) and runs every
+# test. Both install what is missing first.
+
+JOBS ?= 2
+CMAKE ?= cmake
+GEN := -G Ninja
+
+VARIANTS := i386 x86_64 asan
+cfg_i386 := -DKRM_ARCH=i386 -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKRM_TESTS=ON -DKRM_EXAMPLES=ON
+cfg_x86_64 := -DKRM_ARCH=x86_64 -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKRM_TESTS=ON -DKRM_EXAMPLES=ON
+cfg_asan := -DKRM_ARCH=x86_64 -DCMAKE_BUILD_TYPE=Debug -DKRM_SANITIZE=address,undefined -DKRM_EXAMPLES=OFF
+cfg_bench := -DKRM_ARCH=x86_64 -DCMAKE_BUILD_TYPE=Release -DKRM_TESTS=OFF -DKRM_BENCH=ON
+
+.PHONY: all deps demo test bench clean
+
+all: build-x86_64
+
+deps:
+	@./scripts/install-deps.sh
+
+build/%/build.ninja: | deps
+	$(CMAKE) -S . -B build/$* $(GEN) $(cfg_$*)
+
+build-%: build/%/build.ninja FORCE
+	$(CMAKE) --build build/$* -j $(JOBS)
+
+test-%: build-% FORCE
+	cd build/$* && ctest --output-on-failure --no-tests=error -j $(JOBS)
+
+test: test-i386 test-x86_64 test-asan
+
+demo: build-x86_64
+	@./examples/run_demo.sh build/x86_64/examples
+
+bench: build/bench/build.ninja
+	$(CMAKE) --build build/bench -j $(JOBS)
+	@./bench/run_benchmarks.sh build/bench
+
+clean:
+	rm -rf build
+FORCE:
+.PRECIOUS: build/%/build.ninja
