@@ -9,7 +9,8 @@ for prog in "$bin"/*; do
   [ -x "$prog" ] && [ -f "$prog" ] || continue
   name=$(basename "$prog")
   echo "=== $name"
-  "$prog"
+  # perl runs it so that the shell adds no job-control line of its own.
+  perl -e 'system(@ARGV); exit(($? & 127) ? 128 + ($? & 127) : $? >> 8)' "$prog"
   status=$?
   for f in fort.* *.dat; do
     [ -f "$f" ] || continue
@@ -17,7 +18,11 @@ for prog in "$bin"/*; do
     cat "$f"
     rm -f "$f"
   done
-  echo "--- exit status $status"
+  if [ "$status" -gt 128 ]; then
+    echo "--- ended by signal $((status - 128)) ($(kill -l $((status - 128))))"
+  else
+    echo "--- exit status $status"
+  fi
   echo
 done
 exit 0

@@ -6,6 +6,8 @@
 #include "krm/io_control.h"
 #include "krm/io_flags.h"
 #include "krm/list_write.h"
+#include "krm/program.h"
+#include "krm/services.h"
 #include "krm/stmt_location.h"
 #include "krm/stop.h"
 #include "krm/units.h"
