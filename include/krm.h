@@ -3,6 +3,7 @@
 #define KRM_H
 
 #include "krm/errors.h"
+#include "krm/file_statements.h"
 #include "krm/io_control.h"
 #include "krm/io_flags.h"
 #include "krm/list_write.h"

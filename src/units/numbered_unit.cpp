@@ -8,10 +8,9 @@
 #include "units/unit_failure.h"
 #include "units/units.h"
 
-namespace {
+namespace krm {
 
-// Under the master lock: the record of unit n, or null.
-unit *find_locked(int32_t n) {
+unit *find_unit_locked(int32_t n) {
     if (n < SMALL_UNIT_SLOTS) return __f90_small_unit_pointer_table[n];
     int slot = n & HASH_MASK;
     unit *head = __f90_unit_pointer_table[slot];
@@ -21,19 +20,37 @@ unit *find_locked(int32_t n) {
     return nullptr;
 }
 
-// Under the master lock: makes, holds and enters a new record, and releases
-// the master lock. Returns 0 or ENOMEM (master lock released either way).
-int make_locked(unit **cell, int32_t n, pthread_t self) {
+unit *new_unit_record(int32_t n, pthread_t self) {
     unit *up = static_cast<unit *>(calloc(1, sizeof(unit)));
-    if (!up) {
-        pthread_mutex_unlock(&__f90_io_master_lock);
-        return ENOMEM;
-    }
+    if (!up) return nullptr;
     pthread_mutex_init(&up->mutex, nullptr);
     pthread_cond_init(&up->cond, nullptr);
     up->owner = self;
     up->lock_depth = 1;
     up->unit_number = n;
+    return up;
+}
+
+void free_unit_record(unit *up) {
+    pthread_mutex_destroy(&up->mutex);
+    pthread_cond_destroy(&up->cond);
+    free(up);
+}
+
+}  // namespace krm
+
+namespace {
+
+using krm::find_unit_locked;
+
+// Under the master lock: makes, holds and enters a new record, and releases
+// the master lock. Returns 0 or ENOMEM (master lock released either way).
+int make_locked(unit **cell, int32_t n, pthread_t self) {
+    unit *up = krm::new_unit_record(n, self);
+    if (!up) {
+        pthread_mutex_unlock(&__f90_io_master_lock);
+        return ENOMEM;
+    }
     if (n < SMALL_UNIT_SLOTS) {
         __f90_small_unit_pointer_table[n] = up;
     } else {
@@ -41,9 +58,7 @@ int make_locked(unit **cell, int32_t n, pthread_t self) {
         collision_cell *c = static_cast<collision_cell *>(malloc(sizeof(collision_cell)));
         if (!c) {
             pthread_mutex_unlock(&__f90_io_master_lock);
-            pthread_mutex_destroy(&up->mutex);
-            pthread_cond_destroy(&up->cond);
-            free(up);
+            krm::free_unit_record(up);
             return ENOMEM;
         }
         // The displaced head goes on the chain even when it is null; the
@@ -63,7 +78,7 @@ int get_numbered(unit **cell, int64_t number) {
     int32_t n = static_cast<int32_t>(number);
     pthread_t self = pthread_self();
     pthread_mutex_lock(&__f90_io_master_lock);
-    unit *up = find_locked(n);
+    unit *up = find_unit_locked(n);
     if (!up) return make_locked(cell, n, self);
     pthread_mutex_lock(&up->mutex);
     pthread_mutex_unlock(&__f90_io_master_lock);

@@ -41,6 +41,14 @@ int __f90_write_r(unit *up, const char *bytes, size_t length);
 void __f90_flush_unit_a(unit *up, int64_t unit_number, const stmt_location *loc);
 int __f90_flush_unit_r(unit *up);
 
+// Closes a held record: writes what it owes, closes the file, removes it as
+// the status says, empties the record. The hold stays: the caller releases.
+// The abort form reports and releases on failure.
+void __f90_close_unit_a(int64_t unit_number, unit *up, uint32_t cflags, const stmt_location *loc);
+int __f90_close_unit_r(int64_t unit_number, unit *up, uint32_t cflags);
+void __f90_close_a(int64_t unit_number, uint32_t cflags, const stmt_location *loc);
+int __f90_close_r(int64_t unit_number, uint32_t cflags);
+
 // Connects a unit no OPEN named to the file fort.N.
 void __f90_open_for_input_a(int64_t unit_number, unit *up, const stmt_location *loc);
 int __f90_open_for_input_r(int64_t unit_number, unit *up);
@@ -49,6 +57,14 @@ int __f90_open_for_output_r(int64_t unit_number, unit *up);
 }
 
 namespace krm {
+
+// Under the master lock: the record of unit n in the tables, or null.
+unit *find_unit_locked(int32_t n);
+
+// A zeroed record for unit n, its mutex and cond made, held once by `self`.
+// Null when there is no memory.
+unit *new_unit_record(int32_t n, pthread_t self);
+void free_unit_record(unit *up);
 
 inline bool unit_number_fits(int64_t n) { return n >= 0 && n <= INT32_MAX; }
 
