@@ -26,18 +26,25 @@ void wait_for_go() {
     }
 }
 
+// SIGINT is blocked from before the prompt until sigsuspend, so that one
+// sent as soon as the prompt is seen waits for sigsuspend and is neither
+// lost nor met by the program's own action.
 void wait_for_sigint() {
-    fprintf(stderr, __f90_psfmt(6), static_cast<int>(getpid()));
-    fflush(stderr);
-    sigset_t mask;
-    sigprocmask(SIG_BLOCK, nullptr, &mask);
+    sigset_t sigint, before, mask;
+    sigemptyset(&sigint);
+    sigaddset(&sigint, SIGINT);
+    sigprocmask(SIG_BLOCK, &sigint, &before);
+    mask = before;
     sigdelset(&mask, SIGINT);
     struct sigaction act = {}, old;
     act.sa_handler = waitpause;
     sigemptyset(&act.sa_mask);
     sigaction(SIGINT, &act, &old);
+    fprintf(stderr, __f90_psfmt(6), static_cast<int>(getpid()));
+    fflush(stderr);
     sigsuspend(&mask);
     sigaction(SIGINT, &old, nullptr);
+    sigprocmask(SIG_SETMASK, &before, nullptr);
 }
 
 }  // namespace

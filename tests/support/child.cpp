@@ -10,7 +10,10 @@
 
 #include <map>
 
+#include <gtest/gtest.h>
+
 #include "support/files.h"
+#include "units/units.h"
 
 namespace krm_test {
 namespace {
@@ -102,6 +105,55 @@ child_result run_forked(const std::function<void()> &fn, const child_options &op
         _exit(0);
     }
     return collect(pid, files);
+}
+
+void exit_if_failed() {
+    if (!::testing::Test::HasFailure()) return;
+    fflush(nullptr);
+    _exit(1);
+}
+
+namespace {
+
+void drop_record(unit *up) {
+    if (!up || is_default_record(up)) return;
+    if (up->flags & UNIT_CONNECTED) close(up->fd);
+    free(up->file_name);
+    free(up->buffer);
+    free(up);
+}
+
+}  // namespace
+
+void forget_inherited_units() {
+    pthread_mutex_lock(&__f90_io_master_lock);
+    for (unit *&up : __f90_small_unit_pointer_table) {
+        if (is_default_record(up)) continue;
+        drop_record(up);
+        up = nullptr;
+    }
+    for (int slot = 0; slot < HASHED_UNIT_SLOTS; ++slot) {
+        drop_record(__f90_unit_pointer_table[slot]);
+        __f90_unit_pointer_table[slot] = nullptr;
+        for (collision_cell *c = __f90_unit_collision_table[slot]; c;) {
+            collision_cell *next = c->next;
+            drop_record(c->u);
+            free(c);
+            c = next;
+        }
+        __f90_unit_collision_table[slot] = nullptr;
+    }
+    pthread_mutex_unlock(&__f90_io_master_lock);
+}
+
+child_result run_checked(const std::function<void()> &fn, const child_options &opt) {
+    return run_forked(
+        [&] {
+            forget_inherited_units();
+            fn();
+            exit_if_failed();
+        },
+        opt);
 }
 
 child_result run_scenario(const char *name, const child_options &opt) {

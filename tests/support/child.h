@@ -26,6 +26,20 @@ struct child_options {
 // exits 0 when fn returns.
 child_result run_forked(const std::function<void()> &fn, const child_options &opt = {});
 
+// As run_forked, for a child that makes test assertions: the child exits 1
+// when any of them failed (their text is then in out), 0 otherwise. The
+// child starts from unit tables that hold only the default records, as a
+// fresh process would: units the parent connected are forgotten unwritten.
+child_result run_checked(const std::function<void()> &fn, const child_options &opt = {});
+
+// In a child: drops every numbered unit record it inherited, closing the
+// files without writing what their buffers owe.
+void forget_inherited_units();
+
+// In a child: exits with 1 at once when an assertion of the running test has
+// failed. For children that end in a call that does not return (STOP, abort).
+void exit_if_failed();
+
 // Runs a scenario in a fresh process: this test binary started again, so the
 // library starts from its state at load. The child exits 0 when it returns.
 child_result run_scenario(const char *name, const child_options &opt = {});
