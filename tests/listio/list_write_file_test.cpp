@@ -170,10 +170,13 @@ class RecordTooLong : public InTempDir, public ::testing::WithParamInterface<too
 // An item that can never fit in a record (with its blank) is error 1010.
 TEST_P(RecordTooLong, ReturnsTheNumberAndReleasesTheUnit) {
     const too_long_case &c = GetParam();
-    connect_like_open(11, c.recl, 0);
-    EXPECT_EQ(write_list(11, {c.it}, IO_RETURNING), 1010);
-    // The unit was released: another statement on it can start.
-    EXPECT_EQ(write_list(11, {}, IO_RETURNING), 0);
+    child_result r = run_checked([&] {
+        connect_like_open(11, c.recl, 0);
+        EXPECT_EQ(write_list(11, {c.it}, IO_RETURNING), 1010);
+        // The unit was released: another statement on it can start.
+        EXPECT_EQ(write_list(11, {}, IO_RETURNING), 0);
+    });
+    EXPECT_EQ(r.exit_code, 0) << r.out;
 }
 
 const too_long_case kTooLong[] = {
