@@ -6,10 +6,11 @@ JOBS ?= 2
 CMAKE ?= cmake
 GEN := -G Ninja
 
-VARIANTS := i386 x86_64 asan
+VARIANTS := i386 x86_64 asan tsan
 cfg_i386 := -DKRM_ARCH=i386 -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKRM_TESTS=ON -DKRM_EXAMPLES=ON
 cfg_x86_64 := -DKRM_ARCH=x86_64 -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKRM_TESTS=ON -DKRM_EXAMPLES=ON
 cfg_asan := -DKRM_ARCH=x86_64 -DCMAKE_BUILD_TYPE=Debug -DKRM_SANITIZE=address,undefined -DKRM_EXAMPLES=OFF
+cfg_tsan := -DKRM_ARCH=x86_64 -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKRM_SANITIZE=thread -DKRM_EXAMPLES=OFF
 cfg_bench := -DKRM_ARCH=x86_64 -DCMAKE_BUILD_TYPE=Release -DKRM_TESTS=OFF -DKRM_BENCH=ON
 
 .PHONY: all deps demo test bench clean
@@ -25,10 +26,14 @@ build/%/build.ninja: | deps
 build-%: build/%/build.ninja FORCE
 	$(CMAKE) --build build/$* -j $(JOBS)
 
-test-%: build-% FORCE
-	cd build/$* && ctest --output-on-failure --no-tests=error -j $(JOBS)
+# ThreadSanitizer runs the tests in which threads share units.
+THREAD_TESTS := Nested|HeldUnit|ThreadedWrite|UnitWaiter
+ctest_filter_tsan := -R '$(THREAD_TESTS)'
 
-test: test-i386 test-x86_64 test-asan
+test-%: build-% FORCE
+	cd build/$* && ctest --output-on-failure --no-tests=error -j $(JOBS) $(ctest_filter_$*)
+
+test: test-i386 test-x86_64 test-asan test-tsan
 
 demo: build-x86_64
 	@./examples/run_demo.sh build/x86_64/examples
