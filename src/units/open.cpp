@@ -20,7 +20,22 @@
 namespace krm {
 
 int fail_open(open_request &rq, int number, const char *status) {
+    // The report names a file only once the unit is in hand: the file it is
+    // connected to, else the one being opened. Copied, cut as every report
+    // cuts it, before the release can destroy the record.
+    char name[filename_buffer_size];
+    const char *file = nullptr;
     if (rq.up) {
+        if (!rq.returning()) {
+            if (rq.up->flags & UNIT_CONNECTED) {
+                file = __f90_copy_filename(rq.up, name);
+            } else if (rq.name) {
+                size_t n = strnlen(rq.name, filename_buffer_size - 1);
+                memcpy(name, rq.name, n);
+                name[n] = '\0';
+                file = name;
+            }
+        }
         __f90_release_unit(rq.up);
         rq.up = nullptr;
     }
@@ -33,7 +48,7 @@ int fail_open(open_request &rq, int number, const char *status) {
     __f90_write_message(number);
     __f90_write_loc(rq.loc);
     __f90_write_unit_number(rq.unit_number);
-    __f90_write_filename(rq.name);
+    __f90_write_filename(file);
     if (status) __f90_write_status(status);
     abort();
 }
@@ -168,7 +183,13 @@ int connect(open_request &rq) {
         where = 0;
         whence = SEEK_END;
     }
-    if (where >= 0 && lseek64(up->fd, where, whence) < 0) return fail_open(rq, errno);
+    // A pipe or a terminal has no position to set. Should a seek fail, the
+    // file is given back, so that no half-made connection stays behind.
+    if (where >= 0 && (flags & UNIT_REGULAR) && lseek64(up->fd, where, whence) < 0) {
+        const int err = errno;
+        __f90_close_unit_r(rq.unit_number, up, rq.flags & (OPEN_F77COMPAT | OPEN_F77_READ_COMPAT));
+        return fail_open(rq, err);
+    }
 
     flags |= mode_flags(rq);
     up->next_record = 1;
@@ -258,7 +279,8 @@ int reopen(open_request &rq) {
     unit *up = rq.up;
     up->flags &= ~(UNIT_BLANK_ZERO | UNIT_NOPAD | UNIT_DELIM | UNIT_DELIM_QUOTE | UNIT_DECIMAL_COMMA |
                    UNIT_ROUND | UNIT_BLANK_NULL);
-    up->flags |= mode_flags(rq);
+    // ASYNCHRONOUS= is not among what a re-open may change.
+    up->flags |= mode_flags(rq) & ~UNIT_ASYNC;
     if (rq.dialect()) {
         if (int err = change_form(rq)) return fail_open(rq, err);
     }

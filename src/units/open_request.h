@@ -30,6 +30,14 @@ struct open_request {
 // `status` adds the status line of error 1141.
 int fail_open(open_request &rq, int number, const char *status = nullptr);
 
+// The block size that FILEOPT='BUFFER=N' asks for. N may be any 63-bit
+// value; a buffer is sized in 32 bits, twice the block for list output, so
+// the block stops at INT32_MAX. N of 0 or less gives 1.
+inline uint32_t requested_block_size(int64_t n) {
+    if (n < 1) return 1;
+    return n > INT32_MAX ? static_cast<uint32_t>(INT32_MAX) : static_cast<uint32_t>(n);
+}
+
 // The ways of opening, by STATUS=. Each connects rq.up to rq.name (storing
 // the name in the unit) or fails through fail_open.
 int open_old(open_request &rq);

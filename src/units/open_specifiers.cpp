@@ -98,8 +98,10 @@ int parse_buffer_size(const char *p, const char *end, int64_t *value) {
     for (; p < end; ++p) {
         if (*p == ' ') continue;
         if (*p < '0' || *p > '9') return 1189;
-        v = v * 10 + static_cast<uint64_t>(*p - '0');
-        if (v > static_cast<uint64_t>(INT64_MAX)) return 1155;
+        // Tested before the step, so that the sum cannot wrap.
+        const uint64_t digit = static_cast<uint64_t>(*p - '0');
+        if (v > (static_cast<uint64_t>(INT64_MAX) - digit) / 10) return 1155;
+        v = v * 10 + digit;
         ++digits;
     }
     if (digits == 0) return 1189;
@@ -120,10 +122,9 @@ int parse_fileopt(uint32_t *flags, const char *text, int32_t len, const stmt_loc
         return 0;
     }
     const char *end = text + (len > 0 ? len : 0);
-    const char *p = skip_blanks(text, end);
-    if (end - p < 6 || !krm::spells_keyword(p, 6, "BUFFER")) return fail(flags, 1189, loc);
+    if (end - text < 6 || !krm::spells_keyword(text, 6, "BUFFER")) return fail(flags, 1189, loc);
     int64_t value = 0;
-    if (int err = parse_buffer_size(p + 6, end, &value)) return fail(flags, err, loc);
+    if (int err = parse_buffer_size(text + 6, end, &value)) return fail(flags, err, loc);
     if (size) {
         *size = value;
         *flags |= OPEN_FILEOPT_BUFFER;

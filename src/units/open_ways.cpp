@@ -33,6 +33,26 @@ int mode_of_action(uint32_t action) {
 // OPEN reports as its own error.
 int open_error(int err) { return err == EISDIR ? 1148 : err; }
 
+// The attempts of OLD, NEW and REPLACE: the mode ACTION= names, or without
+// it read-write, then read-only, then write-only. Returns their number.
+int action_attempts(const open_request &rq, int extra, attempt tries[3]) {
+    if (rq.action()) {
+        tries[0] = {mode_of_action(rq.action()), extra};
+        return 1;
+    }
+    tries[0] = {O_RDWR, extra};
+    tries[1] = {O_RDONLY, extra};
+    tries[2] = {O_WRONLY, extra};
+    return 3;
+}
+
+// Whether attempt i failing with err lets the next one be tried: only when
+// no ACTION= was given and the file refused that kind of access.
+bool may_fall_back(const open_request &rq, int i, int err) {
+    if (rq.action()) return false;
+    return (i == 0 && (err == EACCES || err == EROFS)) || (i == 1 && err == EACCES);
+}
+
 }  // namespace
 
 int connect_descriptor(open_request &rq, int fd, bool can_read, bool can_write) {
@@ -52,7 +72,7 @@ int connect_descriptor(open_request &rq, int fd, bool can_read, bool can_write) 
     if (can_write) flags |= UNIT_CAN_WRITE;
     if (S_ISREG(st.st_mode)) flags |= UNIT_REGULAR;
     if ((rq.flags & OPEN_FILEOPT_MASK) == OPEN_FILEOPT_BUFFER)
-        up->block_size = static_cast<uint32_t>(rq.buffer_size);
+        up->block_size = requested_block_size(rq.buffer_size);
     else
         up->block_size = st.st_blksize >= 1024 ? static_cast<uint32_t>(st.st_blksize) : 1024;
     free(up->file_name);
@@ -68,14 +88,7 @@ int connect_descriptor(open_request &rq, int fd, bool can_read, bool can_write) 
 
 int open_old(open_request &rq) {
     attempt tries[3];
-    int n = 0;
-    if (rq.action())
-        tries[n++] = {mode_of_action(rq.action()), 0};
-    else {
-        tries[n++] = {O_RDWR, 0};
-        tries[n++] = {O_RDONLY, 0};
-        tries[n++] = {O_WRONLY, 0};
-    }
+    const int n = action_attempts(rq, 0, tries);
     for (int i = 0; i < n; ++i) {
         int fd;
         for (;;) {
@@ -88,24 +101,15 @@ int open_old(open_request &rq) {
             // The file came into being after the open: try again.
         }
         if (fd >= 0) return connect_descriptor(rq, fd, may_read(tries[i].mode), may_write(tries[i].mode));
-        int err = errno;
-        bool fall_back = !rq.action() && ((i == 0 && (err == EACCES || err == EROFS)) || (i == 1 && err == EACCES));
-        if (!fall_back) return fail_open(rq, open_error(err));
+        const int err = errno;
+        if (!may_fall_back(rq, i, err)) return fail_open(rq, open_error(err));
     }
     return fail_open(rq, EACCES);
 }
 
 int open_new(open_request &rq) {
     attempt tries[3];
-    int n = 0;
-    const int extra = O_CREAT | O_EXCL;
-    if (rq.action())
-        tries[n++] = {mode_of_action(rq.action()), extra};
-    else {
-        tries[n++] = {O_RDWR, extra};
-        tries[n++] = {O_RDONLY, extra};
-        tries[n++] = {O_WRONLY, extra};
-    }
+    const int n = action_attempts(rq, O_CREAT | O_EXCL, tries);
     for (int i = 0; i < n; ++i) {
         int fd;
         for (;;) {
@@ -121,33 +125,23 @@ int open_new(open_request &rq) {
             // The file went away meanwhile: try again.
         }
         if (fd >= 0) return connect_descriptor(rq, fd, may_read(tries[i].mode), may_write(tries[i].mode));
-        int err = errno;
-        bool fall_back = !rq.action() && ((i == 0 && (err == EACCES || err == EROFS)) || (i == 1 && err == EACCES));
-        if (!fall_back) return fail_open(rq, open_error(err));
+        const int err = errno;
+        if (!may_fall_back(rq, i, err)) return fail_open(rq, open_error(err));
     }
     return fail_open(rq, EACCES);
 }
 
 int open_replace(open_request &rq) {
     attempt tries[3];
-    int n = 0;
-    const int extra = O_CREAT | O_TRUNC;
-    if (rq.action())
-        tries[n++] = {mode_of_action(rq.action()), extra};
-    else {
-        tries[n++] = {O_RDWR, extra};
-        tries[n++] = {O_RDONLY, extra};
-        tries[n++] = {O_WRONLY, extra};
-    }
+    const int n = action_attempts(rq, O_CREAT | O_TRUNC, tries);
     for (int i = 0; i < n; ++i) {
         int fd = open64(rq.name, tries[i].mode | tries[i].extra, 0666);
         if (fd >= 0) {
             if (rq.action() == OPEN_ACTION_READWRITE) fsync(fd);
             return connect_descriptor(rq, fd, may_read(tries[i].mode), may_write(tries[i].mode));
         }
-        int err = errno;
-        bool fall_back = !rq.action() && ((i == 0 && (err == EACCES || err == EROFS)) || (i == 1 && err == EACCES));
-        if (!fall_back) return fail_open(rq, open_error(err));
+        const int err = errno;
+        if (!may_fall_back(rq, i, err)) return fail_open(rq, open_error(err));
     }
     return fail_open(rq, EACCES);
 }

@@ -133,7 +133,7 @@ int open_scratch(open_request &rq) {
                 (mode != O_WRONLY ? UNIT_CAN_READ : 0) | (mode != O_RDONLY ? UNIT_CAN_WRITE : 0);
     int64_t blk = st.st_blksize;
     if ((rq.flags & OPEN_FILEOPT_MASK) == OPEN_FILEOPT_BUFFER)
-        up->block_size = rq.buffer_size > 0 ? static_cast<uint32_t>(rq.buffer_size) : 1;
+        up->block_size = requested_block_size(rq.buffer_size);
     else if (blk >= 512)
         up->block_size = static_cast<uint32_t>(blk);
     else if (blk > 0)
