@@ -12,8 +12,14 @@ cfg_x86_64 := -DKRM_ARCH=x86_64 -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKRM_TESTS=ON
 cfg_asan := -DKRM_ARCH=x86_64 -DCMAKE_BUILD_TYPE=Debug -DKRM_SANITIZE=address,undefined -DKRM_EXAMPLES=OFF
 cfg_tsan := -DKRM_ARCH=x86_64 -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKRM_SANITIZE=thread -DKRM_EXAMPLES=OFF
 cfg_bench := -DKRM_ARCH=x86_64 -DCMAKE_BUILD_TYPE=Release -DKRM_TESTS=OFF -DKRM_BENCH=ON
+cfg_fuzz := -DKRM_ARCH=x86_64 -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_COMPILER=clang \
+            -DCMAKE_CXX_COMPILER=clang++ -DKRM_SANITIZE=address,undefined -DKRM_FUZZ=ON \
+            -DKRM_TESTS=OFF -DKRM_EXAMPLES=OFF
+# `make fuzz` runs each fuzz program for FUZZ_SECONDS; it is not part of `make test`.
+FUZZ_DIR ?= build/fuzz
+FUZZ_SECONDS ?= 60
 
-.PHONY: all deps demo test bench clean
+.PHONY: all deps demo test bench fuzz clean
 
 all: build-x86_64
 
@@ -41,6 +47,13 @@ demo: build-x86_64
 bench: build/bench/build.ninja
 	$(CMAKE) --build build/bench -j $(JOBS)
 	@./bench/run_benchmarks.sh build/bench
+
+$(FUZZ_DIR)/build.ninja: | deps
+	$(CMAKE) -S . -B $(FUZZ_DIR) $(GEN) $(cfg_fuzz)
+
+fuzz: $(FUZZ_DIR)/build.ninja FORCE
+	$(CMAKE) --build $(FUZZ_DIR) -j $(JOBS) --target fuzzers
+	@./fuzz/run_fuzzers.sh $(FUZZ_DIR) $(FUZZ_SECONDS)
 
 clean:
 	rm -rf build

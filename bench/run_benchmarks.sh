@@ -145,4 +145,64 @@ for shape in many each; do
 done
 echo "rates are values per best wall time; ratio = libkrm rate / gfortran rate (the CPU"
 echo "line: gfortran CPU time / libkrm CPU time); above 1 means libkrm is faster"
+
+# Formatted WRITE to unit 11 in one statement: n default INTEGERs under
+# (10I12), ten to a record, and n character values of 1 to 16 letters under
+# (A), one to a record. Both peers must write the same file, byte for byte.
+fkrm="$bin/formatted_write_krm"
+fgf="$bin/formatted_write_gfortran"
+if [ -x "$fkrm" ]; then
+    echo
+    echo "formatted WRITE of $n values to unit 11; best of $repeats whole-process runs"
+    have_fgf=1
+    [ -x "$fgf" ] || { have_fgf=0; echo "run_benchmarks: no gfortran peer ($fgf); libkrm alone" >&2; }
+    declare -A fwall fcpu
+    for shape in ints chars; do
+        for ((r = 1; r <= repeats; r++)); do
+            order="krm gf"
+            if ((r % 2 == 0)); then order="gf krm"; fi
+            for peer in $order; do
+                if [ "$peer" = gf ] && [ "$have_fgf" = 0 ]; then continue; fi
+                if [ "$peer" = krm ]; then prog=$fkrm; else prog=$fgf; fi
+                run_once "$prog" "$shape"
+                key=$peer.$shape
+                if [ -z "${fwall[$key]:-}" ] || [ "$run_wall" -lt "${fwall[$key]}" ]; then fwall[$key]=$run_wall; fi
+                if [ -z "${fcpu[$key]:-}" ] || [ "$run_cpu" -lt "${fcpu[$key]}" ]; then fcpu[$key]=$run_cpu; fi
+                if [ "$r" -eq "$repeats" ]; then mv fort.11 "$peer.$shape.out"; fi
+            done
+        done
+        records=$(wc -l <"krm.$shape.out")
+        if [ "$have_fgf" = 1 ]; then
+            if cmp -s "krm.$shape.out" "gf.$shape.out"; then
+                echo "check $shape: the same $(stat -c %s "krm.$shape.out") bytes in $records records from both"
+            else
+                echo "FAIL: the files of $shape differ" >&2
+                status=1
+            fi
+        else
+            echo "check $shape: libkrm wrote $records records"
+        fi
+        rm -f ./*."$shape".out
+    done
+    echo
+    printf '%-5s %-29s %13s %15s %6s\n' shape statement "libkrm val/s" "gfortran val/s" ratio
+    for shape in ints chars; do
+        case $shape in
+            ints) what="write (11,'(10I12)') a" ;;
+            chars) what="write (11,'(A)') c" ;;
+        esac
+        k=${fwall[krm.$shape]}
+        kc=${fcpu[krm.$shape]}
+        if [ "$have_fgf" = 1 ]; then
+            g=${fwall[gf.$shape]}
+            gc=${fcpu[gf.$shape]}
+            printf '%-5s %-29s %13s %15s %6s\n' "$shape" "$what" "$(rate "$k")" "$(rate "$g")" "$(ratio "$k" "$g")"
+            printf '%-5s %-29s %13s %15s\n' "" "  best wall time" "$(seconds "$k")" "$(seconds "$g")"
+            printf '%-5s %-29s %13s %15s %6s\n' "" "  best CPU time (user+sys)" "$(seconds "$kc")" "$(seconds "$gc")" \
+                "$(ratio "$kc" "$gc")"
+        else
+            printf '%-5s %-29s %13s %15s %6s\n' "$shape" "$what" "$(rate "$k")" - -
+        fi
+    done
+fi
 exit $status

@@ -4,6 +4,8 @@
 
 #include "krm/errors.h"
 #include "krm/file_statements.h"
+#include "krm/format.h"
+#include "krm/formatted_write.h"
 #include "krm/io_control.h"
 #include "krm/io_flags.h"
 #include "krm/list_write.h"

@@ -34,7 +34,10 @@ int do_owed_cut(const transfer &t) {
 int finish_external_transfer(const transfer &t) {
     free_owned_format(t);
     unit *up = *t.up;
-    bool pass_on = up->stream || (up->flags & UNIT_FLUSH_EACH) || __f90_get_synchronous_flag();
+    // A buffer grown for a long record is given back below, so what it holds
+    // must reach the file first.
+    bool pass_on = up->stream || (up->flags & (UNIT_FLUSH_EACH | UNIT_BUFFER_GROWN)) ||
+                   __f90_get_synchronous_flag();
     if (pass_on && up->data_end > up->write_ptr) {
         const char *from = up->write_ptr;
         size_t n = static_cast<size_t>(up->data_end - up->write_ptr);
