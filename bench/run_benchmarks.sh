@@ -145,4 +145,22 @@ for shape in many each; do
 done
 echo "rates are values per best wall time; ratio = libkrm rate / gfortran rate (the CPU"
 echo "line: gfortran CPU time / libkrm CPU time); above 1 means libkrm is faster"
+
+# Decimal conversion: REAL(16) to 36 significant digits against libquadmath's
+# quadmath_snprintf, REAL(8) to 17 and 18 digits against glibc's snprintf, in
+# one process that first checks both sides give the same digits.
+# KRM_BENCH_DECIMAL_N sets the values per set (default 200000).
+if [ -x "$bin/decimal_convert_bench" ]; then
+    echo
+    echo "decimal conversion, best of $repeats runs"
+    "$bin/decimal_convert_bench" "${KRM_BENCH_DECIMAL_N:-200000}" "$repeats" || status=1
+fi
+
+# REAL(16) arithmetic: add, mul, div and sqrt against libgcc's __float128 and
+# libquadmath's sqrtq, as nanoseconds per operation, in one process that
+# first checks both sides give the same bits.
+if [ -x "$bin/quad_bench" ]; then
+    echo
+    "$bin/quad_bench" || status=1
+fi
 exit $status
