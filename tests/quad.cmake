@@ -19,10 +19,6 @@ add_executable(quad_sweep EXCLUDE_FROM_ALL sweep/quad_sweep.cpp quad/quad_suppor
 target_include_directories(quad_sweep PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
 target_compile_options(quad_sweep PRIVATE -frounding-math -fext-numeric-literals -Wall -Wextra)
 target_link_libraries(quad_sweep PRIVATE krm_static quadmath)
-if(KRM_ARCH STREQUAL "x86_64")
-  target_link_libraries(quad_sweep PRIVATE mpfr gmp)
-  target_compile_definitions(quad_sweep PRIVATE KRM_TEST_MPFR)
-endif()
 
 # The long sweep of the decimal conversions against the exact references,
 # both ways: built on request (--target decimal_sweep), run by hand.

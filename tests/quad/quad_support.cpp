@@ -27,7 +27,7 @@ std::string hex(double d) {
     return buf;
 }
 
-long cases_per_direction() { return scaled(1000000); }
+long cases_per_direction() { return scaled(25000); }
 
 long scaled(long optimised) {
 #if defined(__SANITIZE_ADDRESS__) || !defined(__OPTIMIZE__)
