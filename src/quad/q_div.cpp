@@ -6,65 +6,79 @@ using namespace krm::quad;
 
 namespace {
 
+#if defined(__x86_64__)
+// floor((2^192 - 1) / (d1:d0)) - 2^64 for a divisor with its top bit set.
+inline uint64_t reciprocal_3by2(uint64_t d1, uint64_t d0) {
+    uint64_t unused;
+    uint64_t v = divide_128(~d1, ~0ull, d1, unused);  // floor((2^128 - 1) / d1) - 2^64
+    uint64_t p = d1 * v + d0;
+    if (p < d0) {
+        --v;
+        if (p >= d1) {
+            --v;
+            p -= d1;
+        }
+        p -= d1;
+    }
+    uint64_t t1, t0;
+    mul_64(v, d0, t1, t0);
+    p += t1;
+    if (p < t1) {
+        --v;
+        if (p > d1 || (p == d1 && t0 >= d0)) --v;
+    }
+    return v;
+}
+
+// The quotient digit of (u2:u1:u0) / (d1:d0), given (u2:u1) < (d1:d0) and
+// v = reciprocal_3by2(d1, d0); the remainder goes to r1:r0.
+inline uint64_t divide_3by2(uint64_t u2, uint64_t u1, uint64_t u0, uint64_t d1, uint64_t d0, uint64_t v,
+                            uint64_t &r1, uint64_t &r0) {
+    uint64_t q1, q0;
+    mul_64(v, u2, q1, q0);
+    q0 += u1;
+    q1 += u2 + (q0 < u1);
+    r1 = u1 - q1 * d1;
+    uint64_t t1, t0;
+    mul_64(d0, q1, t1, t0);
+    // (r1:r0) = (r1:u0) - (t1:t0) - (d1:d0), modulo 2^128
+    uint64_t lo = u0 - t0;
+    uint64_t hi = r1 - t1 - (u0 < t0);
+    uint64_t lo2 = lo - d0;
+    hi = hi - d1 - (lo < d0);
+    r1 = hi;
+    r0 = lo2;
+    ++q1;
+    if (r1 >= q0) {
+        --q1;
+        uint64_t s0 = r0 + d0;
+        r1 = r1 + d1 + (s0 < d0);
+        r0 = s0;
+    }
+    if (r1 > d1 || (r1 == d1 && r0 >= d0)) {
+        ++q1;
+        uint64_t b = r0 < d0;
+        r0 -= d0;
+        r1 = r1 - d1 - b;
+    }
+    return q1;
+}
+#endif
+
 // q = floor(n * 2^128 / d) for n < d, the top bit of d set, so that q fits
 // in 128 bits; returns whether the division left a remainder.
 inline bool quotient(uint64_t nh, uint64_t nl, uint64_t dh, uint64_t dl, uint64_t &qh,
                      uint64_t &ql) {
 #if defined(__x86_64__)
-    // Two 64-bit digits of Knuth's long division, each estimated from the
-    // divisor's top half by one hardware division and corrected.
-    uint64_t digit[2];
-    uint64_t r2 = nh, r1 = nl, r0 = 0;  // the running remainder, three halves
-    for (int j = 1; j >= 0; --j) {
-        uint64_t rhat;
-        uint64_t q;
-        bool rhat_big = false;
-        if (r2 >= dh) {
-            q = ~0ull;
-            // rhat = r2:r1 - q * dh = r1 + dh when r2 == dh.
-            rhat = r1 + dh;
-            rhat_big = rhat < r1;
-        } else {
-            q = divide_128(r2, r1, dh, rhat);
-        }
-        for (;;) {
-            if (rhat_big) break;
-            uint64_t ph, pl;
-            mul_64(q, dl, ph, pl);
-            if (ph < rhat || (ph == rhat && pl <= r0)) break;
-            --q;
-            uint64_t old = rhat;
-            rhat += dh;
-            rhat_big = rhat < old;
-        }
-        // r2:r1:r0 -= q * (dh:dl); q is at most one too great, which shows
-        // as a borrow out of the top and is put right by adding d back.
-        uint64_t ah, al, bh, bl;
-        mul_64(q, dl, ah, al);
-        mul_64(q, dh, bh, bl);
-        uint64_t t1 = bl + ah;
-        uint64_t t2 = bh + (t1 < bl);
-        uint64_t n0 = r0 - al;
-        uint64_t b0 = r0 < al;
-        uint64_t n1 = r1 - t1;
-        uint64_t b1 = (r1 < t1) | (n1 < b0);
-        n1 -= b0;
-        bool negative = r2 < t2 || (r2 == t2 && b1);
-        if (negative) {
-            --q;
-            n0 += dl;
-            uint64_t c = n0 < dl;
-            n1 += dh + c;  // the carry out of the top cancels the borrow
-        }
-        digit[j] = q;
-        // Shift the remainder one digit up for the next step.
-        r2 = n1;
-        r1 = n0;
-        r0 = 0;
-    }
-    qh = digit[1];
-    ql = digit[0];
-    return (r2 | r1) != 0;
+    // Two 64-bit digits, each by a 3-by-2 division with a precomputed
+    // reciprocal of the divisor (Moller and Granlund): one hardware
+    // division for the reciprocal instead of one per digit, which is what
+    // the hardware instruction costs most in.
+    const uint64_t v = reciprocal_3by2(dh, dl);
+    uint64_t r1, r0;
+    qh = divide_3by2(nh, nl, 0, dh, dl, v, r1, r0);
+    ql = divide_3by2(r1, r0, 0, dh, dl, v, r1, r0);
+    return (r1 | r0) != 0;
 #else
     // Four 32-bit digits; the dividend's low half is zero.
     uint32_t u[9] = {0, 0, 0, 0,
