@@ -20,8 +20,12 @@
 # the shortest form. What is compared is the sequence of values (the files
 # split at blanks and newlines) and the number of records.
 #
+# Then, where they were built, decimal conversion against libquadmath and
+# glibc, and REAL(16) arithmetic against libgcc and libquadmath (see the end).
+#
 # Environment: KRM_BENCH_N (values per run, default 10000000),
-# KRM_BENCH_REPEATS (runs per program and shape, default 5, at least 3).
+# KRM_BENCH_REPEATS (runs per program and shape, default 5, at least 3),
+# KRM_BENCH_DECIMAL_N (values per set of the decimal benchmark).
 set -euo pipefail
 
 build=$(cd "${1:?usage: run_benchmarks.sh BUILD_DIR}" && pwd)
