@@ -20,8 +20,12 @@
 # the shortest form. What is compared is the sequence of values (the files
 # split at blanks and newlines) and the number of records.
 #
+# Then, where they were built, decimal conversion against libquadmath and
+# glibc, and REAL(16) arithmetic against libgcc and libquadmath (see the end).
+#
 # Environment: KRM_BENCH_N (values per run, default 10000000),
-# KRM_BENCH_REPEATS (runs per program and shape, default 5, at least 3).
+# KRM_BENCH_REPEATS (runs per program and shape, default 5, at least 3),
+# KRM_BENCH_DECIMAL_N (values per set of the decimal benchmark).
 set -euo pipefail
 
 build=$(cd "${1:?usage: run_benchmarks.sh BUILD_DIR}" && pwd)
@@ -204,5 +208,23 @@ if [ -x "$fkrm" ]; then
             printf '%-5s %-29s %13s %15s %6s\n' "$shape" "$what" "$(rate "$k")" - -
         fi
     done
+fi
+
+# Decimal conversion: REAL(16) to 36 significant digits against libquadmath's
+# quadmath_snprintf, REAL(8) to 17 and 18 digits against glibc's snprintf, in
+# one process that first checks both sides give the same digits.
+# KRM_BENCH_DECIMAL_N sets the values per set (default 200000).
+if [ -x "$bin/decimal_convert_bench" ]; then
+    echo
+    echo "decimal conversion, best of $repeats runs"
+    "$bin/decimal_convert_bench" "${KRM_BENCH_DECIMAL_N:-200000}" "$repeats" || status=1
+fi
+
+# REAL(16) arithmetic: add, mul, div and sqrt against libgcc's __float128 and
+# libquadmath's sqrtq, as nanoseconds per operation, in one process that
+# first checks both sides give the same bits.
+if [ -x "$bin/quad_bench" ]; then
+    echo
+    "$bin/quad_bench" || status=1
 fi
 exit $status
