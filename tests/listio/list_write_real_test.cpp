@@ -286,6 +286,30 @@ TEST_F(RealRecordLength, TooLongIsError1010) {
     EXPECT_EQ(r.exit_code, 0) << r.out;
 }
 
+// On i386 a REAL(8) pair need only be 4-byte aligned: the entries take the
+// parts at an address that is not a multiple of 8 (the sanitizer build
+// reports any misaligned load).
+TEST(PrintRealAlignment, PairsOfReal8AtFourByteAlignment) {
+    child_result r = run_forked([] {
+        alignas(8) uint32_t storage[6];
+        const double parts[2] = {1.5, -0.25};
+        memcpy(storage + 1, parts, sizeof parts);
+        const double *p = reinterpret_cast<const double *>(storage + 1);
+        io_control_list_write ctl = {IO_DEFAULT_UNIT, &kPrintAt, 0, nullptr};
+        ASSERT_EQ(__f90_sslw(&ctl), 0);
+        ASSERT_EQ(__f90_slw_c8(&ctl, p), 0);
+        ASSERT_EQ(__f90_slw_ia16(&ctl, p), 0);
+        ASSERT_EQ(__f90_eslw(&ctl), 0);
+        io_control_list_write old = {IO_DEFAULT_UNIT | IO_F77COMPAT, &kPrintAt, 0, nullptr};
+        ASSERT_EQ(__f90_sslw(&old), 0);
+        ASSERT_EQ(__f90_slw_c8(&old, p), 0);
+        ASSERT_EQ(__f90_eslw(&old), 0);
+    });
+    EXPECT_EQ(r.exit_code, 0) << r.err;
+    EXPECT_EQ(r.out, " (1.5,-0.25) [1.5,-0.25]\n"
+                     "   (    1.5000000000000,  -0.25000000000000)\n");
+}
+
 // ----------------------------------------------------- estimates and widths
 
 struct estimate_case {
