@@ -61,7 +61,8 @@ shortest_digits reference_digits(const binary_value &v, bool unequal_gap = false
 #endif
 
 // Sample counts of the random tests: smaller under the sanitizers and
-// without optimisation, where every operation costs many times more.
+// without optimisation, where every operation costs many times more; the
+// environment variable KRM_TEST_SAMPLE_FACTOR multiplies them.
 long scaled_count(long optimised_count);
 
 }  // namespace krm_test
