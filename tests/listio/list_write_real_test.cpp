@@ -20,6 +20,7 @@
 #include "support/files.h"
 #include "support/shortest_reference.h"
 #include "support/statements.h"
+#include "units/unit_tables.h"
 
 using namespace krm_test;
 
@@ -308,6 +309,19 @@ TEST(PrintRealAlignment, PairsOfReal8AtFourByteAlignment) {
     EXPECT_EQ(r.exit_code, 0) << r.err;
     EXPECT_EQ(r.out, " (1.5,-0.25) [1.5,-0.25]\n"
                      "   (    1.5000000000000,  -0.25000000000000)\n");
+}
+
+// Older dialect on a line of 20 columns: the complex value's estimated width
+// (22 + 22 + 5) never fits, and the fold before it does nothing on a line
+// holding only its leading blank; the imaginary part then folds on its own
+// test (28 + 15 > 20), inside the value.
+TEST(PrintRealOlderDialect, ComplexPartFoldsOnANarrowLine) {
+    child_result r = run_forked([] {
+        __f90_stdout_reclen = 21;
+        EXPECT_EQ(print_list({c8(1e20, -1e20)}, IO_F77COMPAT), 0);
+    });
+    EXPECT_EQ(r.exit_code, 0) << r.err;
+    EXPECT_EQ(r.out, "   (    1.0000000000000D+20,\n    -1.0000000000000D+20)\n");
 }
 
 // ----------------------------------------------------- estimates and widths
