@@ -22,6 +22,12 @@
 #
 # Then, where they were built, decimal conversion against libquadmath and
 # glibc, and REAL(16) arithmetic against libgcc and libquadmath (see the end).
+# Before those, the list-directed WRITE again with REAL(8) values
+# (list_write_real_krm against list_write_real_gfortran): gfortran writes 17
+# significant digits in a fixed field, libkrm the shortest digits, so the
+# values are compared as numbers (each read and printed again with 17
+# digits); and cvt_real_bench times the shortest-digit conversion per value
+# against std::to_chars.
 #
 # Environment: KRM_BENCH_N (values per run, default 10000000),
 # KRM_BENCH_REPEATS (runs per program and shape, default 5, at least 3),
@@ -34,11 +40,22 @@ n=${KRM_BENCH_N:-10000000}
 repeats=${KRM_BENCH_REPEATS:-5}
 [ "$repeats" -ge 3 ] || repeats=3
 
-krm="$bin/list_write_krm"
-gf="$bin/list_write_gfortran"
-[ -x "$krm" ] || { echo "run_benchmarks: $krm is missing; build $build first" >&2; exit 1; }
-have_gf=1
-[ -x "$gf" ] || { have_gf=0; echo "run_benchmarks: no gfortran peer ($gf); libkrm alone" >&2; }
+# use_family NAME: the programs of one family of benchmarks (integer, real).
+use_family() {
+    krm="$bin/list_write_$1_krm"
+    gf="$bin/list_write_$1_gfortran"
+    numeric=0
+    if [ "$1" = integer ]; then
+        krm="$bin/list_write_krm"
+        gf="$bin/list_write_gfortran"
+    else
+        numeric=1
+    fi
+    [ -x "$krm" ] || { echo "run_benchmarks: $krm is missing; build $build first" >&2; exit 1; }
+    have_gf=1
+    [ -x "$gf" ] || { have_gf=0; echo "run_benchmarks: no gfortran peer ($gf); libkrm alone" >&2; }
+}
+use_family integer
 
 work=$(mktemp -d "${TMPDIR:-/tmp}/krm-bench.XXXXXX")
 trap 'rm -rf "$work"' EXIT
@@ -60,8 +77,15 @@ run_once() {
     run_cpu=$(((10#$user + 10#$sys) * 1000))
 }
 
-# The values of a list-directed output file, one per line, in order.
-values_of() { tr -s ' \n' '\n' <"$1" | grep -v '^$'; }
+# The values of a list-directed output file, one per line, in order; reals
+# as numbers, so that different digit strings of one value compare equal.
+values_of() {
+    if [ "$numeric" = 1 ]; then
+        tr -s ' \n' '\n' <"$1" | grep -v '^$' | awk '{ printf "%.17g\n", $1 + 0 }'
+    else
+        tr -s ' \n' '\n' <"$1" | grep -v '^$'
+    fi
+}
 
 # check SHAPE: compares the files the two peers left for the shape.
 check() {
@@ -96,12 +120,19 @@ check() {
 
 rate() { awk -v n="$n" -v us="$1" 'BEGIN { printf "%.3g", n / (us / 1e6) }'; }
 
-echo "list-directed WRITE of $n default INTEGERs to unit 11; best of $repeats whole-process runs"
-echo "load average before the runs: $(cut -d' ' -f1-3 /proc/loadavg 2>/dev/null || echo unknown)"
-echo "(gfortran pads each integer to width 12, libkrm writes the shortest form: values are compared, not bytes)"
-echo
+seconds() { awk -v t="$1" 'BEGIN { printf "%.3fs", t / 1e6 }'; }
+ratio() { awk -v k="$1" -v g="$2" 'BEGIN { if (k > 0) printf "%.2f", g / k; else printf "-" }'; }
 
-status=0
+# bench_family WHAT: the runs, checks and table of the current family.
+bench_family() {
+echo "list-directed WRITE of $n $1 to unit 11; best of $repeats whole-process runs"
+echo "load average before the runs: $(cut -d' ' -f1-3 /proc/loadavg 2>/dev/null || echo unknown)"
+if [ "$numeric" = 1 ]; then
+    echo "(gfortran writes 17 digits in a field, libkrm the shortest digits: values are compared as numbers)"
+else
+    echo "(gfortran pads each integer to width 12, libkrm writes the shortest form: values are compared, not bytes)"
+fi
+echo
 declare -A wall cpu
 for shape in many each; do
     for ((r = 1; r <= repeats; r++)); do
@@ -122,8 +153,6 @@ for shape in many each; do
     rm -f ./*."$shape".out
 done
 
-seconds() { awk -v t="$1" 'BEGIN { printf "%.3fs", t / 1e6 }'; }
-ratio() { awk -v k="$1" -v g="$2" 'BEGIN { if (k > 0) printf "%.2f", g / k; else printf "-" }'; }
 
 echo
 printf '%-5s %-29s %13s %15s %6s\n' shape statement "libkrm val/s" "gfortran val/s" ratio
@@ -149,6 +178,18 @@ for shape in many each; do
 done
 echo "rates are values per best wall time; ratio = libkrm rate / gfortran rate (the CPU"
 echo "line: gfortran CPU time / libkrm CPU time); above 1 means libkrm is faster"
+}
+
+status=0
+bench_family "default INTEGERs"
+use_family real
+echo
+bench_family "REAL(8) values"
+if [ -x "$bin/cvt_real_bench" ]; then
+    echo
+    "$bin/cvt_real_bench" 1000000
+fi
+
 
 # Formatted WRITE to unit 11 in one statement: n default INTEGERs under
 # (10I12), ten to a record, and n character values of 1 to 16 letters under

@@ -18,6 +18,23 @@ int put_item(io_control_list_write &ctl, const item &it) {
         case item::l1: return __f90_slw_l1(&ctl, static_cast<int32_t>(it.value));
         case item::l4: return __f90_slw_l4(&ctl, static_cast<int32_t>(it.value));
         case item::l8: return __f90_slw_l8(&ctl, it.value);
+        case item::r4: {
+            float v;
+            memcpy(&v, it.words, sizeof v);
+            return __f90_slw_r4(&ctl, v);
+        }
+        case item::r8: {
+            double v;
+            memcpy(&v, it.words, sizeof v);
+            return __f90_slw_r8(&ctl, v);
+        }
+        case item::r16: return __f90_slw_r16(&ctl, it.words[0], it.words[1], it.words[2], it.words[3]);
+        case item::r16_ref: return __f90_slw_r16_ref(&ctl, it.words);
+        case item::c4: return __f90_slw_c4(&ctl, reinterpret_cast<const float *>(it.words));
+        case item::c8: return __f90_slw_c8(&ctl, reinterpret_cast<const double *>(it.words));
+        case item::c16: return __f90_slw_c16(&ctl, it.words);
+        case item::ia8: return __f90_slw_ia8(&ctl, reinterpret_cast<const float *>(it.words));
+        case item::ia16: return __f90_slw_ia16(&ctl, reinterpret_cast<const double *>(it.words));
     }
     return -99;
 }

@@ -1,0 +1,65 @@
+// List-directed output of COMPLEX items: (re,im) in two blocks, so that a
+// value folds only before it starts; ';' between the parts under
+// DECIMAL='COMMA'. The older dialect writes two fixed-width fields.
+
+#include <string.h>
+
+#include "krm/list_write.h"
+#include "listio/real_items.h"
+
+using namespace krm;
+using real_layout::decimal_symbol;
+using real_layout::text_size;
+
+extern "C" {
+
+// The parts are copied out byte by byte: on i386 a COMPLEX(8) needs only
+// 4-byte alignment.
+KRM_API int __f90_slw_c4_f77compat(io_control_list_write *ctl, const float *parts) {
+    float v[2];
+    memcpy(v, parts, sizeof v);
+    int width = __f90_width_f77compat(&v[0]) + __f90_width_f77compat(&v[1]) + 5;
+    return list_write::write_f77_complex(ctl, width, [&](int i) { return __f90_slw_r4_f77compat(ctl, v[i]); });
+}
+
+KRM_API int __f90_slw_c8_f77compat(io_control_list_write *ctl, const double *parts) {
+    double v[2];
+    memcpy(v, parts, sizeof v);
+    int width = __f90_dwidth_f77compat(v[0]) + __f90_dwidth_f77compat(v[1]) + 5;
+    return list_write::write_f77_complex(ctl, width, [&](int i) { return __f90_slw_r8_f77compat(ctl, v[i]); });
+}
+
+KRM_API int __f90_slw_c4(io_control_list_write *ctl, const float *parts) {
+    if (list_write::f77(ctl)) return __f90_slw_c4_f77compat(ctl, parts);
+    const char point = decimal_symbol(ctl);
+    uint32_t bits[2];
+    memcpy(bits, parts, sizeof bits);
+    char re[text_size], im[text_size];
+    int n1 = real_layout::real4_text(re, bits[0], point);
+    int n2 = real_layout::real4_text(im, bits[1], point);
+    return list_write::write_pair(ctl, '(', re, n1, im, n2, ')');
+}
+
+KRM_API int __f90_slw_c8(io_control_list_write *ctl, const double *parts) {
+    if (list_write::f77(ctl)) return __f90_slw_c8_f77compat(ctl, parts);
+    const char point = decimal_symbol(ctl);
+    uint64_t bits[2];
+    memcpy(bits, parts, sizeof bits);
+    char re[text_size], im[text_size];
+    int n1 = real_layout::real8_text(re, bits[0], point);
+    int n2 = real_layout::real8_text(im, bits[1], point);
+    return list_write::write_pair(ctl, '(', re, n1, im, n2, ')');
+}
+
+// As for REAL(16), the older dialect gets the standard form for now.
+KRM_API int __f90_slw_c16(io_control_list_write *ctl, const uint32_t *parts) {
+    const char point = decimal_symbol(ctl);
+    real_layout::real16 v[2];
+    memcpy(v, parts, sizeof v);
+    char re[text_size], im[text_size];
+    int n1 = real_layout::real16_text(re, v[0], point);
+    int n2 = real_layout::real16_text(im, v[1], point);
+    return list_write::write_pair(ctl, '(', re, n1, im, n2, ')');
+}
+
+}  // extern "C"
