@@ -41,8 +41,10 @@ KRM_API int __f90_slw_ia16(io_control_list_write *ctl, const double *endpoints);
 /* The older dialect's fixed-width forms. */
 KRM_API int __f90_slw_r4_f77compat(io_control_list_write *ctl, float value);
 KRM_API int __f90_slw_r8_f77compat(io_control_list_write *ctl, double value);
+KRM_API int __f90_slw_r16_f77compat(io_control_list_write *ctl, uint32_t w0, uint32_t w1, uint32_t w2, uint32_t w3);
 KRM_API int __f90_slw_c4_f77compat(io_control_list_write *ctl, const float *parts);
 KRM_API int __f90_slw_c8_f77compat(io_control_list_write *ctl, const double *parts);
+KRM_API int __f90_slw_c16_f77compat(io_control_list_write *ctl, const uint32_t *parts);
 
 /* Rough decimal exponents from the bits of a value, and the field widths of
  * the older dialect that follow from them. */

@@ -3,6 +3,7 @@
 #include <string.h>
 
 #include "krm/list_write.h"
+#include "krm/quad_decimal.h"
 #include "listio/fixed_digits.h"
 #include "listio/shortest_digits.h"
 
@@ -217,6 +218,7 @@ struct f77_kind {
 };
 constexpr f77_kind kind4 = {6, 11, 15, 7, 'E', 2, 1000000, "Inf"};
 constexpr f77_kind kind8 = {14, 19, 23, 15, 'D', 2, 100, "Infinity"};
+constexpr f77_kind kind16 = {35, 40, 45, 36, 'Q', 3, 1000, "Infinity"};
 
 char *pad_to(char *out, char *p, int width) {
     // Right-aligns the text out..p in a field of `width`.
@@ -334,6 +336,28 @@ int f77_real8_text(char *out, double value, char point, int *fold_width) {
     const int f = fraction_digits(kind8, est);
     const int decpt = fixed_digits::fixed(value, f, buf);
     return f77_f_form(out, kind8, negative, buf, decpt, f, point);
+}
+
+int f77_real16_text(char *out, const real16 &value, char point, int *fold_width) {
+    const uint32_t top = value.word[3];
+    const bool negative = top >> 31;
+    const bool low_zero = (value.word[0] | value.word[1] | value.word[2]) == 0;
+    if ((top & 0x7fffffff) == 0 && low_zero) return f77_zero(out, point, fold_width);
+    if ((top >> 16 & 0x7fff) == 0x7fff)
+        return f77_special(out, kind16, negative, (top & 0xffff) == 0 && low_zero, fold_width);
+    *fold_width = kind16.fold_width;
+    const int est = __f90_qilog(value.word);
+    krm_real16 q;
+    memcpy(&q, &value, sizeof q);
+    char buf[DECIMAL_STRING_SIZE];
+    int decpt = 0, sign = 0;
+    if (e_form_for(kind16, est)) {
+        x86_qeconvert(&q, kind16.digits, &decpt, &sign, buf);
+        return f77_e_form(out, kind16, negative, buf, decpt, point);
+    }
+    const int f = fraction_digits(kind16, est);
+    x86_qfconvert(&q, f, &decpt, &sign, buf);
+    return f77_f_form(out, kind16, negative, buf, decpt, f, point);
 }
 
 }  // namespace krm::real_layout

@@ -47,5 +47,6 @@ int interval8_text(char *out, double value, bool up, char point);
 // REAL(16) has none yet: it needs the 128-bit decimal conversion.
 int f77_real4_text(char *out, float value, char point, int *fold_width);
 int f77_real8_text(char *out, double value, char point, int *fold_width);
+int f77_real16_text(char *out, const real16 &value, char point, int *fold_width);
 
 }  // namespace krm::real_layout

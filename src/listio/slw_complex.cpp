@@ -29,6 +29,15 @@ KRM_API int __f90_slw_c8_f77compat(io_control_list_write *ctl, const double *par
     return list_write::write_f77_complex(ctl, width, [&](int i) { return __f90_slw_r8_f77compat(ctl, v[i]); });
 }
 
+KRM_API int __f90_slw_c16_f77compat(io_control_list_write *ctl, const uint32_t *parts) {
+    uint32_t v[2][4];
+    memcpy(v, parts, sizeof v);
+    int width = __f90_qwidth_f77compat(v[0][0], v[0][1], v[0][2], v[0][3]) +
+                __f90_qwidth_f77compat(v[1][0], v[1][1], v[1][2], v[1][3]) + 5;
+    return list_write::write_f77_complex(
+        ctl, width, [&](int i) { return __f90_slw_r16_f77compat(ctl, v[i][0], v[i][1], v[i][2], v[i][3]); });
+}
+
 KRM_API int __f90_slw_c4(io_control_list_write *ctl, const float *parts) {
     if (list_write::f77(ctl)) return __f90_slw_c4_f77compat(ctl, parts);
     const char point = decimal_symbol(ctl);
@@ -51,8 +60,8 @@ KRM_API int __f90_slw_c8(io_control_list_write *ctl, const double *parts) {
     return list_write::write_pair(ctl, '(', re, n1, im, n2, ')');
 }
 
-// As for REAL(16), the older dialect gets the standard form for now.
 KRM_API int __f90_slw_c16(io_control_list_write *ctl, const uint32_t *parts) {
+    if (list_write::f77(ctl)) return __f90_slw_c16_f77compat(ctl, parts);
     const char point = decimal_symbol(ctl);
     real_layout::real16 v[2];
     memcpy(v, parts, sizeof v);

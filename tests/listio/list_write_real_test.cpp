@@ -175,6 +175,21 @@ const print_case kOlderDialectCases[] = {
     {"r8_small_exponent", {r8(-1e-100)}, kF77, "    -1.0000000000000-100\n"},
     {"r8_zero", {r8(-0.0)}, kF77, "   0.\n"},
     {"r8_infinity", {r8(-kInf8)}, kF77, "  -Infinity             \n"},
+    // REAL(16): 35 digits; F field of 40, E field of 45; Q and 3 exponent
+    // digits, and no letter at an exponent of 1000 or more.
+    {"r16_one", {r16(q("1"))}, kF77, "     1.0000000000000000000000000000000000\n"},
+    {"r16_ref_negative", {r16_ref(q("-2.5"))}, kF77, "    -2.5000000000000000000000000000000000\n"},
+    // est 2: 32 places, the last rounded up from ...99773.
+    {"r16_digits", {r16(q("123.456"))}, kF77, "     123.45600000000000000000000000000000\n"},
+    {"r16_tenth", {r16(q("0.1"))}, kF77, "     1.0000000000000000000000000000000000Q-001\n"},
+    {"r16_nearest_1e1000", {r16(q("1e1000"))}, kF77, "     9.9999999999999999999999999999999996Q+999\n"},
+    {"r16_exponent_1001", {r16(q("1e1001"))}, kF77, "     1.0000000000000000000000000000000000+1001\n"},
+    {"r16_zero", {r16(q("-0"))}, kF77, "   0.\n"},
+    {"r16_infinity", {r16(-kInf16)}, kF77, "  -Infinity                                   \n"},
+    // The imaginary part's own fold test (w 36 at position 45 of 80) moves
+    // it to the next record.
+    {"c16", {c16(q("1"), q("2"))}, kF77,
+     "   (    1.0000000000000000000000000000000000,\n     2.0000000000000000000000000000000000)\n"},
     // Complex: "  (", the two fields, ")".
     {"c4", {c4(1.0f, 2.0f)}, kF77, "   (    1.00000,    2.00000)\n"},
     {"c8_zero_part", {c8(0.0, 1.0)}, kF77, "   (  0.,    1.0000000000000)\n"},
