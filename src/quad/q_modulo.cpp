@@ -1,4 +1,5 @@
 // The exact remainder, and MODULO.
+#include "quad/ldmath.h"
 #include "quad/long_double.h"
 #include "quad/quad_core.h"
 
@@ -71,4 +72,8 @@ long_double modulol(const long_double &a, const long_double &p) {
 
 extern "C" KRM_API void __f_modulo_Q(krm_real16 *result, const krm_real16 *a, const krm_real16 *p) {
     *result = modulol(long_double::of_storage(*a), long_double::of_storage(*p)).storage();
+}
+
+extern "C" KRM_API void __Qfmod(krm_real16 *result, const krm_real16 *x, const krm_real16 *p) {
+    *result = fmodl(long_double::of_storage(*x), long_double::of_storage(*p)).storage();
 }
