@@ -12,6 +12,7 @@ cfg_x86_64 := -DKRM_ARCH=x86_64 -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKRM_TESTS=ON
 cfg_asan := -DKRM_ARCH=x86_64 -DCMAKE_BUILD_TYPE=Debug -DKRM_SANITIZE=address,undefined -DKRM_EXAMPLES=OFF
 cfg_tsan := -DKRM_ARCH=x86_64 -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKRM_SANITIZE=thread -DKRM_EXAMPLES=OFF
 cfg_bench := -DKRM_ARCH=x86_64 -DCMAKE_BUILD_TYPE=Release -DKRM_TESTS=OFF -DKRM_BENCH=ON
+cfg_bench_i386 := -DKRM_ARCH=i386 -DCMAKE_BUILD_TYPE=Release -DKRM_TESTS=OFF -DKRM_BENCH=ON
 cfg_fuzz := -DKRM_ARCH=x86_64 -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_COMPILER=clang \
             -DCMAKE_CXX_COMPILER=clang++ -DKRM_SANITIZE=address,undefined -DKRM_FUZZ=ON \
             -DKRM_TESTS=OFF -DKRM_EXAMPLES=OFF
@@ -19,7 +20,7 @@ cfg_fuzz := -DKRM_ARCH=x86_64 -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_COMPIL
 FUZZ_DIR ?= build/fuzz
 FUZZ_SECONDS ?= 60
 
-.PHONY: all deps demo test bench fuzz clean
+.PHONY: all deps demo test bench bench-i386 fuzz clean
 
 all: build-x86_64
 
@@ -47,6 +48,11 @@ demo: build-x86_64
 bench: build/bench/build.ninja
 	$(CMAKE) --build build/bench -j $(JOBS)
 	@./bench/run_benchmarks.sh build/bench
+
+# The same benchmarks with the library built for i386.
+bench-i386: build/bench_i386/build.ninja
+	$(CMAKE) --build build/bench_i386 -j $(JOBS)
+	@./bench/run_benchmarks.sh build/bench_i386
 
 $(FUZZ_DIR)/build.ninja: | deps
 	$(CMAKE) -S . -B $(FUZZ_DIR) $(GEN) $(cfg_fuzz)

@@ -268,4 +268,12 @@ if [ -x "$bin/quad_bench" ]; then
     echo
     "$bin/quad_bench" || status=1
 fi
+
+# REAL(16) functions (sin, exp, log, pow, ...) against libquadmath, as
+# nanoseconds per call on the same arguments, with the greatest difference
+# of the two results in ulps as a guard.
+if [ -x "$bin/quad_function_bench" ]; then
+    echo
+    "$bin/quad_function_bench" || status=1
+fi
 exit $status
