@@ -62,6 +62,41 @@ int position_or_text(X &x, const int32_t *op, int *err) {
     }
 }
 
+// The edit descriptors that set how later items are edited and write
+// nothing themselves.
+inline bool is_mode_op(int32_t code) {
+    switch (code) {
+        case KRM_FMT_BN: case KRM_FMT_BZ: case KRM_FMT_P: case KRM_FMT_RADIX:
+        case KRM_FMT_S_RESERVED: case KRM_FMT_SP: case KRM_FMT_SS: case KRM_FMT_SU:
+        case KRM_FMT_DC: case KRM_FMT_DP: case KRM_FMT_RU: case KRM_FMT_RD:
+        case KRM_FMT_RZ: case KRM_FMT_RN: case KRM_FMT_RC: case KRM_FMT_RP:
+            return true;
+        default:
+            return false;
+    }
+}
+
+template <class X>
+void apply_mode(X &x, const int32_t *op) {
+    const int32_t code = op[0];
+    switch (code) {
+        case KRM_FMT_P: x.set_scale(op[1]); break;
+        case KRM_FMT_RADIX: x.set_radix(op[1]); break;
+        case KRM_FMT_S_RESERVED:
+        case KRM_FMT_SS: x.set_sign_mode(2); break;
+        case KRM_FMT_SP: x.set_sign_mode(1); break;
+        case KRM_FMT_SU: x.set_sign_mode(3); break;
+        case KRM_FMT_DC: x.flags() = (x.flags() & ~IO_DECIMAL_POINT) | IO_DECIMAL_COMMA; break;
+        case KRM_FMT_DP: x.flags() = (x.flags() & ~IO_DECIMAL_COMMA) | IO_DECIMAL_POINT; break;
+        case KRM_FMT_RU: case KRM_FMT_RD: case KRM_FMT_RZ:
+        case KRM_FMT_RN: case KRM_FMT_RC: case KRM_FMT_RP:
+            x.flags() = (x.flags() & ~IO_ROUND_MASK) | (static_cast<uint32_t>(code - KRM_FMT_RU + 1) << IO_ROUND_SHIFT);
+            break;
+        default:  // BN and BZ: for input only
+            break;
+    }
+}
+
 // A group's start sets its counter; its end goes back to the group's first
 // operation while the counter lasts, and then tells so.
 template <class X>
@@ -104,23 +139,12 @@ int write_to_data_edit_descriptor(X &x) {
                 break;
             case KRM_FMT_COLON:
             case KRM_FMT_DOLLAR:
-            case KRM_FMT_BN:
-            case KRM_FMT_BZ:
-                break;
-            case KRM_FMT_P: x.set_scale(op[1]); break;
-            case KRM_FMT_RADIX: x.set_radix(op[1]); break;
-            case KRM_FMT_S_RESERVED:
-            case KRM_FMT_SS: x.set_sign_mode(2); break;
-            case KRM_FMT_SP: x.set_sign_mode(1); break;
-            case KRM_FMT_SU: x.set_sign_mode(3); break;
-            case KRM_FMT_DC: x.flags() = (x.flags() & ~IO_DECIMAL_POINT) | IO_DECIMAL_COMMA; break;
-            case KRM_FMT_DP: x.flags() = (x.flags() & ~IO_DECIMAL_COMMA) | IO_DECIMAL_POINT; break;
-            case KRM_FMT_RU: case KRM_FMT_RD: case KRM_FMT_RZ:
-            case KRM_FMT_RN: case KRM_FMT_RC: case KRM_FMT_RP:
-                x.flags() = (x.flags() & ~IO_ROUND_MASK) |
-                            (static_cast<uint32_t>(code - KRM_FMT_RU + 1) << IO_ROUND_SHIFT);
                 break;
             default:
+                if (is_mode_op(code)) {
+                    apply_mode(x, op);
+                    break;
+                }
                 if (position_or_text(x, op, &err)) return x.fail(1067);
                 if (err) return err;
                 break;
@@ -154,12 +178,8 @@ int walk_to_end(X &x, bool *keep_open) {
             case KRM_FMT_REPEAT_END:
                 if (repeat_goes_back(x, op, &pc)) continue;
                 break;
-            case KRM_FMT_BN: case KRM_FMT_BZ: case KRM_FMT_P: case KRM_FMT_RADIX:
-            case KRM_FMT_S_RESERVED: case KRM_FMT_SP: case KRM_FMT_SS: case KRM_FMT_SU:
-            case KRM_FMT_DC: case KRM_FMT_DP: case KRM_FMT_RU: case KRM_FMT_RD:
-            case KRM_FMT_RZ: case KRM_FMT_RN: case KRM_FMT_RC: case KRM_FMT_RP:
-                break;
             default:
+                if (is_mode_op(code)) break;  // nothing is edited after them
                 if (position_or_text(x, op, &err)) return x.fail(1067);
                 if (err) return err;
                 break;

@@ -4,7 +4,7 @@
 
 #include "krm/list_write.h"
 #include "krm/quad_decimal.h"
-#include "listio/fixed_digits.h"
+#include "platform/decimal_record.h"
 #include "listio/shortest_digits.h"
 
 namespace krm::real_layout {
@@ -172,9 +172,13 @@ namespace {
 // An endpoint from `count` digits rounded in its direction, trailing zeros
 // dropped (one digit kept).
 int endpoint_text(char *out, double value, int count, bool up, bool negative, bool subnormal, char point) {
-    char buf[fixed_digits::buffer_size];
-    const int position = fixed_digits::significant_directed(value, count, up, buf);
+    const decimal_mode mode = {up ? DECIMAL_ROUND_UP : DECIMAL_ROUND_DOWN, 1, count};
+    decimal_record record;
+    int flags = 0;
+    double_to_decimal(&value, &mode, &record, &flags);
+    const char *buf = record.ds;
     int n = static_cast<int>(strlen(buf));
+    const int position = record.exponent + n;
     while (n > 1 && buf[n - 1] == '0') --n;
     return digits_text(out, negative, buf, n, position - n, point, subnormal);
 }
@@ -309,13 +313,14 @@ int f77_real4_text(char *out, float value, char point, int *fold_width) {
     if ((bits >> 23 & 0xff) == 0xff) return f77_special(out, kind4, negative, (bits & 0x7fffff) == 0, fold_width);
     *fold_width = kind4.fold_width;
     const int est = __f90_silog(&value);
-    char buf[fixed_digits::buffer_size];
+    char buf[DECIMAL_STRING_SIZE];
+    int decpt, sign;
     if (e_form_for(kind4, est)) {
-        const int decpt = fixed_digits::significant(value, kind4.digits, buf);
+        econvert(value, kind4.digits, &decpt, &sign, buf);
         return f77_e_form(out, kind4, negative, buf, decpt, point);
     }
     const int f = fraction_digits(kind4, est);
-    const int decpt = fixed_digits::fixed(value, f, buf);
+    fconvert(value, f, &decpt, &sign, buf);
     return f77_f_form(out, kind4, negative, buf, decpt, f, point);
 }
 
@@ -328,13 +333,14 @@ int f77_real8_text(char *out, double value, char point, int *fold_width) {
         return f77_special(out, kind8, negative, (bits & ((uint64_t{1} << 52) - 1)) == 0, fold_width);
     *fold_width = kind8.fold_width;
     const int est = __f90_ilog(value);
-    char buf[fixed_digits::buffer_size];
+    char buf[DECIMAL_STRING_SIZE];
+    int decpt, sign;
     if (e_form_for(kind8, est)) {
-        const int decpt = fixed_digits::significant(value, kind8.digits, buf);
+        econvert(value, kind8.digits, &decpt, &sign, buf);
         return f77_e_form(out, kind8, negative, buf, decpt, point);
     }
     const int f = fraction_digits(kind8, est);
-    const int decpt = fixed_digits::fixed(value, f, buf);
+    fconvert(value, f, &decpt, &sign, buf);
     return f77_f_form(out, kind8, negative, buf, decpt, f, point);
 }
 
