@@ -20,58 +20,31 @@
 
 #include <initializer_list>
 
+#include "bench_timing.h"
 #include "quad/long_double.h"
 
 namespace {
 
-constexpr int size = 1024;
+constexpr int size = bench::batch;
 
 krm_real16 a[size], b[size], r[size];
 __float128 x[size], y[size], z[size];
 
-// CPU time of this thread: other work on the machine then slows the
-// timings less than it would wall time.
-double now() {
-    timespec t;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-    return t.tv_sec + t.tv_nsec * 1e-9;
-}
-
-uint64_t state = 0x2545F4914F6CDD1Dull;
-uint64_t next() {
-    state ^= state << 13;
-    state ^= state >> 7;
-    state ^= state << 17;
-    return state;
-}
 
 // Operands with random 112-bit fractions and exponents within a few
 // powers of two of 1, so that every operation does its full work.
 void fill() {
     for (int i = 0; i < size; ++i) {
         for (krm_real16 *v : {&a[i], &b[i]}) {
-            uint64_t hi = (next() & 0x0000FFFFFFFFFFFFull) | (static_cast<uint64_t>(16383 - 8 + next() % 16) << 48);
-            uint64_t lo = next();
-            if (v == &a[i] && (next() & 1)) hi |= 0x8000000000000000ull;
+            uint64_t hi = (bench::next() & 0x0000FFFFFFFFFFFFull) | (static_cast<uint64_t>(16383 - 8 + bench::next() % 16) << 48);
+            uint64_t lo = bench::next();
+            if (v == &a[i] && (bench::next() & 1)) hi |= 0x8000000000000000ull;
             memcpy(&v->word[0], &lo, 8);
             memcpy(&v->word[2], &hi, 8);
         }
         memcpy(&x[i], &a[i], 16);
         memcpy(&y[i], &b[i], 16);
     }
-}
-
-// The best time per operation of body() over 7 timings of n operations.
-template <class Body>
-double best_ns(long n, Body body) {
-    double best = 1e30;
-    for (int t = 0; t < 7; ++t) {
-        double start = now();
-        for (long done = 0; done < n; done += size) body();
-        double ns = (now() - start) * 1e9 / static_cast<double>((n + size - 1) / size * size);
-        if (ns < best) best = ns;
-    }
-    return best;
 }
 
 __attribute__((noinline)) void krm_add() {
@@ -196,15 +169,15 @@ int main(int argc, char **argv) {
             status = 1;
             continue;
         }
-        double k = best_ns(n, op.krm), g = best_ns(n, op.gcc);
+        double k = bench::best_ns(n, 7, op.krm), g = bench::best_ns(n, 7, op.gcc);
         printf("%-5s %12.2f %14.2f %-13s %7.2f", op.name, k, g, op.peer, g / k);
         if (diff) printf("   (%ld of %d results differ: %s is not correctly rounded)", diff, size, op.peer);
         printf("\n");
     }
 #if defined(__i386__)
     printf("%-5s %12.2f   (the floor of a multiplication on double pieces, x87 state saved)\n", "mul'",
-           best_ns(n, piece_floor<true>));
-    printf("%-5s %12.2f   (the same, only the control word saved)\n", "mul''", best_ns(n, piece_floor<false>));
+           bench::best_ns(n, 7, piece_floor<true>));
+    printf("%-5s %12.2f   (the same, only the control word saved)\n", "mul''", bench::best_ns(n, 7, piece_floor<false>));
 #endif
     printf("ratio = peer time / libkrm time; above 1 means libkrm is faster\n");
     return status;

@@ -16,29 +16,17 @@
 #include <string.h>
 #include <time.h>
 
+#include "bench_timing.h"
 #include "krm/quad_functions.h"
 
 namespace {
 
-constexpr int size = 1024;
+constexpr int size = bench::batch;
 
-double now() {
-    timespec t;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-    return t.tv_sec + t.tv_nsec * 1e-9;
-}
-
-uint64_t state = 0x2545F4914F6CDD1Dull;
-uint64_t next() {
-    state ^= state << 13;
-    state ^= state >> 7;
-    state ^= state << 17;
-    return state;
-}
 
 // A random number in [lo, hi) with every bit of the significand random.
 __float128 in_range(__float128 lo, __float128 hi) {
-    __float128 u = static_cast<__float128>(next() >> 11) * 0x1p-53Q + static_cast<__float128>(next() >> 11) * 0x1p-106Q;
+    __float128 u = static_cast<__float128>(bench::next() >> 11) * 0x1p-53Q + static_cast<__float128>(bench::next() >> 11) * 0x1p-106Q;
     return lo + (hi - lo) * u;
 }
 
@@ -74,18 +62,6 @@ __attribute__((noinline)) void run_theirs(const row &r) {
         for (int i = 0; i < size; ++i) theirs[i] = r.g1(xs[i]);
     else
         for (int i = 0; i < size; ++i) theirs[i] = r.g2(xs[i], ys[i]);
-}
-
-template <class Body>
-double best_ns(long n, Body body) {
-    double best = 1e30;
-    for (int t = 0; t < 5; ++t) {
-        double start = now();
-        for (long done = 0; done < n; done += size) body();
-        double ns = (now() - start) * 1e9 / static_cast<double>((n + size - 1) / size * size);
-        if (ns < best) best = ns;
-    }
-    return best;
 }
 
 // The difference of a and b in units of b's last place.
@@ -145,8 +121,8 @@ int main(int argc, char **argv) {
             double d = ulps(ours[i], theirs[i]);
             if (d > worst) worst = d;
         }
-        double a = best_ns(n, [&] { run_ours(r); });
-        double b = best_ns(n, [&] { run_theirs(r); });
+        double a = bench::best_ns(n, 5, [&] { run_ours(r); });
+        double b = bench::best_ns(n, 5, [&] { run_theirs(r); });
         printf("%-12s %10.1f %12.1f %8.2f %14.2f\n", r.name, a, b, b / a, worst);
     }
     return 0;
