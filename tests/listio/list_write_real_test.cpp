@@ -57,23 +57,9 @@ const __float128 kNaN16 = q_bits(0x7fff800000000000ull, 0);
 constexpr uint32_t kComma = IO_DECIMAL_COMMA;
 constexpr uint32_t kF77 = IO_F77COMPAT;
 
-struct print_case {
-    const char *name;
-    std::initializer_list<item> items;
-    uint32_t flags;
-    const char *expected;
-};
-void PrintTo(const print_case &c, std::ostream *os) { *os << c.name; }
-
 class PrintReal : public ::testing::TestWithParam<print_case> {};
 
-TEST_P(PrintReal, WritesExactBytesToStdout) {
-    const print_case &c = GetParam();
-    child_result r = run_forked([&] { EXPECT_EQ(print_list(c.items, c.flags), 0); });
-    EXPECT_EQ(r.exit_code, 0);
-    EXPECT_EQ(r.out, c.expected);
-    EXPECT_EQ(r.err, "");
-}
+TEST_P(PrintReal, WritesExactBytesToStdout) { expect_prints(GetParam()); }
 
 const print_case kStandardCases[] = {
     // The symbol within nine places of the first digit: plain form.

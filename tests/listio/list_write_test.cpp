@@ -11,24 +11,9 @@ using namespace krm_test;
 
 namespace {
 
-struct print_case {
-    const char *name;
-    std::initializer_list<item> items;
-    uint32_t flags;
-    const char *expected;
-};
-
-void PrintTo(const print_case &c, std::ostream *os) { *os << c.name; }
-
 class PrintTest : public ::testing::TestWithParam<print_case> {};
 
-TEST_P(PrintTest, WritesExactBytesToStdout) {
-    const print_case &c = GetParam();
-    child_result r = run_forked([&] { EXPECT_EQ(print_list(c.items, c.flags), 0); });
-    EXPECT_EQ(r.exit_code, 0);
-    EXPECT_EQ(r.out, c.expected);
-    EXPECT_EQ(r.err, "");
-}
+TEST_P(PrintTest, WritesExactBytesToStdout) { expect_prints(GetParam()); }
 
 const print_case kPrintCases[] = {
     {"text_then_integer", {ch("x ="), i4(42)}, 0, " x = 42\n"},

@@ -10,22 +10,12 @@
 #include "quad/quad_support.h"
 
 using namespace quadtest;
+using namespace quadtest::named;
 
 namespace {
 
-const krm_real16 one = words(0x3FFF0000u, 0, 0, 0);
-const krm_real16 mone = words(0xBFFF0000u, 0, 0, 0);
-const krm_real16 zero = words(0, 0, 0, 0);
-const krm_real16 mzero = words(0x80000000u, 0, 0, 0);
-const krm_real16 inf = words(0x7FFF0000u, 0, 0, 0);
-const krm_real16 minf = words(0xFFFF0000u, 0, 0, 0);
-const krm_real16 qnan = words(0x7FFF8000u, 0, 0, 5);
 const krm_real16 snan = words(0x7FFF0000u, 0, 0, 5);
 const krm_real16 msnan = words(0xFFFF0000u, 0, 0, 5);
-const krm_real16 min_sub = words(0, 0, 0, 1);
-const krm_real16 max_sub = words(0x0000FFFFu, ~0u, ~0u, ~0u);
-const krm_real16 min_normal = words(0x00010000u, 0, 0, 0);
-const krm_real16 max = words(0x7FFEFFFFu, ~0u, ~0u, ~0u);
 
 krm_real16 q(__float128 f) { return from_f128(f); }
 

@@ -42,6 +42,21 @@ inline krm_real16 halves(uint64_t hi, uint64_t lo) {
                  static_cast<uint32_t>(lo >> 32), static_cast<uint32_t>(lo));
 }
 
+// The values the tables name most, in storage order.
+namespace named {
+inline const krm_real16 one = words(0x3FFF0000u, 0, 0, 0);
+inline const krm_real16 mone = words(0xBFFF0000u, 0, 0, 0);
+inline const krm_real16 zero = words(0, 0, 0, 0);
+inline const krm_real16 mzero = words(0x80000000u, 0, 0, 0);
+inline const krm_real16 inf = words(0x7FFF0000u, 0, 0, 0);
+inline const krm_real16 minf = words(0xFFFF0000u, 0, 0, 0);
+inline const krm_real16 qnan = words(0x7FFF8000u, 0, 0, 5);  // a payload, to see it kept
+inline const krm_real16 min_sub = words(0, 0, 0, 1);
+inline const krm_real16 max_sub = words(0x0000FFFFu, ~0u, ~0u, ~0u);
+inline const krm_real16 min_normal = words(0x00010000u, 0, 0, 0);
+inline const krm_real16 max = words(0x7FFEFFFFu, ~0u, ~0u, ~0u);
+}  // namespace named
+
 inline bool same_bits(const krm_real16 &a, const krm_real16 &b) { return memcmp(&a, &b, 16) == 0; }
 
 std::string hex(const krm_real16 &x);

@@ -12,17 +12,10 @@
 #include "quad/quad_support.h"
 
 using namespace quadtest;
+using namespace quadtest::named;
 
 namespace {
 
-const krm_real16 one = words(0x3FFF0000u, 0, 0, 0);
-const krm_real16 zero = words(0, 0, 0, 0);
-const krm_real16 mzero = words(0x80000000u, 0, 0, 0);
-const krm_real16 inf = words(0x7FFF0000u, 0, 0, 0);
-const krm_real16 minf = words(0xFFFF0000u, 0, 0, 0);
-const krm_real16 qnan = words(0x7FFF8000u, 0, 0, 5);
-const krm_real16 min_sub = words(0, 0, 0, 1);
-const krm_real16 max = words(0x7FFEFFFFu, ~0u, ~0u, ~0u);
 
 // 2^n for n in the normal range, exactly.
 __float128 power_of_two(int n) { return ldexpq(1.0Q, n); }

@@ -1,5 +1,9 @@
 #include "support/statements.h"
 
+#include <gtest/gtest.h>
+
+#include "support/child.h"
+
 namespace krm_test {
 
 const stmt_location kPrintAt = {STMT_PRINT, 10, "t.f90"};
@@ -54,6 +58,13 @@ int print_list(std::initializer_list<item> items, uint32_t flags) {
 int write_list(int64_t unit_number, std::initializer_list<item> items, uint32_t flags) {
     io_control_list_write ctl = {flags, &kWriteAt, unit_number, nullptr};
     return list_write(ctl, items);
+}
+
+void expect_prints(const print_case &c) {
+    child_result r = run_forked([&] { EXPECT_EQ(print_list(c.items, c.flags), 0); });
+    EXPECT_EQ(r.exit_code, 0);
+    EXPECT_EQ(r.out, c.expected);
+    EXPECT_EQ(r.err, "");
 }
 
 }  // namespace krm_test

@@ -6,6 +6,7 @@
 #include <string.h>
 
 #include <initializer_list>
+#include <ostream>
 #include <string>
 
 #include "krm.h"
@@ -66,6 +67,20 @@ int list_write(io_control_list_write &ctl, std::initializer_list<item> items);
 
 // PRINT *, items (flags added to IO_DEFAULT_UNIT).
 int print_list(std::initializer_list<item> items, uint32_t flags = 0);
+
+// A PRINT * statement and the exact bytes it must write to standard output,
+// for tables of cases.
+struct print_case {
+    const char *name;
+    std::initializer_list<item> items;
+    uint32_t flags;
+    const char *expected;
+};
+inline void PrintTo(const print_case &c, std::ostream *os) { *os << c.name; }
+
+// Runs the statement in a child; its standard output must be c.expected
+// byte for byte, with nothing on standard error.
+void expect_prints(const print_case &c);
 
 // WRITE (unit, *) items.
 int write_list(int64_t unit_number, std::initializer_list<item> items, uint32_t flags = 0);
