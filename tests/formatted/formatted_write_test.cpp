@@ -484,7 +484,9 @@ TEST_P(AdvanceSpecifier, SetsTheModeOrFails) {
     // The unit was released either way.
     with_unit(11, [](unit *up) { EXPECT_EQ(up->lock_depth, 1); });
     ASSERT_EQ(close_unit(11), 0);
-    if (c.expected == 0) EXPECT_EQ(read_file("fort.11"), c.no_advance ? "abc\n" : "ab\nc\n");
+    if (c.expected == 0) {
+        EXPECT_EQ(read_file("fort.11"), c.no_advance ? "abc\n" : "ab\nc\n");
+    }
 }
 
 const advance_case kAdvanceCases[] = {
