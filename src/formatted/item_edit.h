@@ -32,44 +32,69 @@ constexpr int32_t default_logical_width = 2;
 // The descriptor's letter family.
 enum class family { a, b, o, z, i, g, l, real, none };
 
-inline family family_of(int32_t code) {
+// What an operation code says of its descriptor: the family, and whether w
+// and m follow it. Looked up once per item from a table built at compile time.
+struct op_shape {
+    family f;
+    bool has_width, has_m;
+};
+
+constexpr op_shape shape_of_code(int32_t code) {
     switch (code) {
-        case KRM_FMT_A: case KRM_FMT_AW: return family::a;
-        case KRM_FMT_B: case KRM_FMT_BW: case KRM_FMT_BWM: return family::b;
-        case KRM_FMT_O: case KRM_FMT_OW: case KRM_FMT_OWM: return family::o;
-        case KRM_FMT_Z: case KRM_FMT_ZW: case KRM_FMT_ZWM: return family::z;
-        case KRM_FMT_I: case KRM_FMT_IW: case KRM_FMT_IWM: return family::i;
-        case KRM_FMT_G: case KRM_FMT_GW: case KRM_FMT_GWD: case KRM_FMT_GWDE: return family::g;
-        case KRM_FMT_L: case KRM_FMT_LW: return family::l;
+        case KRM_FMT_A: return {family::a, false, false};
+        case KRM_FMT_AW: return {family::a, true, false};
+        case KRM_FMT_B: return {family::b, false, false};
+        case KRM_FMT_BW: return {family::b, true, false};
+        case KRM_FMT_BWM: return {family::b, true, true};
+        case KRM_FMT_O: return {family::o, false, false};
+        case KRM_FMT_OW: return {family::o, true, false};
+        case KRM_FMT_OWM: return {family::o, true, true};
+        case KRM_FMT_Z: return {family::z, false, false};
+        case KRM_FMT_ZW: return {family::z, true, false};
+        case KRM_FMT_ZWM: return {family::z, true, true};
+        case KRM_FMT_I: return {family::i, false, false};
+        case KRM_FMT_IW: return {family::i, true, false};
+        case KRM_FMT_IWM: return {family::i, true, true};
+        case KRM_FMT_G: return {family::g, false, false};
+        case KRM_FMT_GW: case KRM_FMT_GWD: case KRM_FMT_GWDE: return {family::g, true, false};
+        case KRM_FMT_L: return {family::l, false, false};
+        case KRM_FMT_LW: return {family::l, true, false};
         case KRM_FMT_D: case KRM_FMT_DW: case KRM_FMT_DWD:
         case KRM_FMT_E: case KRM_FMT_EW: case KRM_FMT_EWD: case KRM_FMT_EWDE:
         case KRM_FMT_EN: case KRM_FMT_ENW: case KRM_FMT_ENWD: case KRM_FMT_ENWDE:
         case KRM_FMT_ES: case KRM_FMT_ESW: case KRM_FMT_ESWD: case KRM_FMT_ESWDE:
         case KRM_FMT_F: case KRM_FMT_FW: case KRM_FMT_FWD:
-            return family::real;
-        default: return family::none;  // Q, Dw.dEe, the interval forms
+            return {family::real, true, false};
+        default: return {family::none, true, false};  // Q, Dw.dEe, the interval forms
     }
 }
+
+struct op_shape_table {
+    op_shape row[KRM_FMT_LAST + 1];
+};
+
+constexpr op_shape_table make_op_shape_table() {
+    op_shape_table t{};
+    for (int32_t c = 0; c <= KRM_FMT_LAST; ++c) t.row[c] = shape_of_code(c);
+    return t;
+}
+
+inline constexpr op_shape_table op_shapes = make_op_shape_table();
+
+inline const op_shape &shape_of(int32_t code) {
+    // The walk only stops on data operations, which lie inside the table.
+    return op_shapes.row[static_cast<uint32_t>(code) <= KRM_FMT_LAST ? code : 0];
+}
+
+inline family family_of(int32_t code) { return shape_of(code).f; }
 
 // w of the operation, or no_width when it has none. A negative w is a
 // width all the same, which editing refuses.
 constexpr int32_t no_width = INT32_MIN;
-inline int32_t width_of(const int32_t *op) {
-    switch (op[0]) {
-        case KRM_FMT_A: case KRM_FMT_B: case KRM_FMT_O: case KRM_FMT_Z: case KRM_FMT_I:
-        case KRM_FMT_G: case KRM_FMT_L:
-            return no_width;
-        default: return op[1];
-    }
-}
+inline int32_t width_of(const int32_t *op) { return shape_of(op[0]).has_width ? op[1] : no_width; }
 
 // m of the operation: 1 when it has none.
-inline int32_t digits_of(const int32_t *op) {
-    switch (op[0]) {
-        case KRM_FMT_BWM: case KRM_FMT_OWM: case KRM_FMT_ZWM: case KRM_FMT_IWM: return op[2];
-        default: return 1;
-    }
-}
+inline int32_t digits_of(const int32_t *op) { return shape_of(op[0]).has_m ? op[2] : 1; }
 
 inline int bits_per_digit(family f) { return f == family::b ? 1 : f == family::o ? 3 : 4; }
 
