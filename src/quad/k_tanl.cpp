@@ -1,0 +1,74 @@
+// The tangent kernel on [-pi/4, pi/4], x + y the reduced argument with its
+// tail; with k = 1 it gives -1/tan instead, for the odd quadrants.
+//
+// Below 0.15625 tan is an odd polynomial. Above, with the nearest breakpoint
+// t and the small part s,
+//   tan(t + s) = tan t + tan s (1 + tan^2 t) / (1 - tan t tan s),
+// the second term small. Either way the value comes as a head and the
+// rounding error of its last addition, so that -1/tan can be taken to the
+// last bit.
+#include "quad/ldmath.h"
+#include "quad/trig_tables.h"
+
+namespace {
+
+#include "quad/k_tanl.inc"
+
+const long_double one(0x3FFF0000u, 0u, 0u, 0u);
+const long_double onem(0x3FFEFFFFu, 0xFFFFFFFFu, 0xFFFFFFFFu, 0xFFFFFFFFu);
+
+inline long_double negated(long_double v) {
+    v.word[0] ^= 0x80000000u;
+    return v;
+}
+
+// -1/(hi + lo), lo below an ulp of hi: -1/hi, put right by the first-order
+// term of lo.
+inline long_double minus_reciprocal(const long_double &hi, const long_double &lo) {
+    const long_double q = negated(one / hi);
+    return q + q * (q * lo);
+}
+
+}  // namespace
+
+namespace krm::ldmath {
+
+long_double __k_tanl(long_double x, long_double y, int k) {
+    const unsigned ix = magnitude_top(x);
+    long_double hi, lo;
+    if (ix < 0x3FFC4000u) {  // |x| < 0.15625
+        if (ix < 0x3FC60000u) {  // |x| < 2^-57: tan x is x rounded
+            if (static_cast<int>(x * onem) < 1) {
+                if (k == 0) return x;
+                return minus_reciprocal(x, y);
+            }
+        }
+        const long_double z = x * x;
+        long_double p;
+        if (ix >= 0x3FF80000u)  // |x| >= 2^-7
+            p = t1 + z * (t2 + z * (t3 + z * (t4 + z * (t5 + z * (t6 + z * (t7 + z * (t8 + z * (t9 +
+                z * (t10 + z * (t11 + z * (t12 + z * t13)))))))))));
+        else
+            p = t1 + z * (t2 + z * (t3 + z * (t4 + z * (t5 + z * (t6 + z * t7)))));
+        const long_double c = y + x * z * p;
+        hi = x + c;
+        if (k == 0) return hi;
+        lo = c - (hi - x);
+        return minus_reciprocal(hi, lo);
+    }
+    const unsigned top = trig_breakpoint_top(ix);
+    const int i = trig_row(top);
+    const long_double d = fabsl(x) - long_double(top, 0u, 0u, 0u);  // exact
+    const long_double s = sign_of(x) ? d - y : d + y;
+    const long_double z = s * s;
+    const long_double ts = s + s * z * (tt1 + z * (tt2 + z * (tt3 + z * (tt4 + z * (tt5 + z * tt6)))));
+    const long_double &T = _TBL_tanl_hi[i];
+    const long_double c = _TBL_tanl_lo[i] + ts * (one + T * T) / (one - T * ts);
+    hi = T + c;
+    if (k == 0) return sign_of(x) ? negated(hi) : hi;
+    lo = c - (hi - T);
+    const long_double r = minus_reciprocal(hi, lo);
+    return sign_of(x) ? negated(r) : r;
+}
+
+}  // namespace krm::ldmath
