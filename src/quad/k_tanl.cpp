@@ -22,11 +22,24 @@ inline long_double negated(long_double v) {
     return v;
 }
 
-// -1/(hi + lo), lo below an ulp of hi: -1/hi, put right by the first-order
-// term of lo.
+// -1/(hi + lo), lo below an ulp of hi, to the last bit. q0, the reciprocal
+// in double, has 53 bits, and hh, hi cut to 60 bits, and hl = hi - hh have
+// few enough that q0 hh and q0 hl are exact: so e = q0 hi + 1 comes out
+// exact but for far-down bits, and -1/hi = q0 (1 + e + e^2 + ...), with
+// e^3 below 2^-159.
 inline long_double minus_reciprocal(const long_double &hi, const long_double &lo) {
-    const long_double q = negated(one / hi);
-    return q + q * (q * lo);
+    const unsigned ih = krm::ldmath::magnitude_top(hi);
+    if (ih < 0x3C010000u || ih >= 0x43FE0000u) {  // beyond the normal doubles
+        const long_double q = negated(one / hi);
+        return q + q * (q * lo);
+    }
+    const long_double q0(-1.0 / static_cast<double>(hi));
+    long_double hh = hi;
+    hh.word[2] &= 0xFFE00000u;
+    hh.word[3] = 0;
+    const long_double hl = hi - hh;
+    const long_double e = (q0 * hh + one) + q0 * hl;
+    return q0 + q0 * ((e + e * e) + q0 * lo);
 }
 
 }  // namespace
