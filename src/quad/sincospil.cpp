@@ -6,7 +6,7 @@
 // 1/2 give exact zeros and ones; a zero sine has the sign of x, a zero
 // cosine is +0.
 #include "quad/ldmath.h"
-#include "quad/trig_degrees.h"
+#include "quad/trig_product.h"
 
 namespace {
 
@@ -16,7 +16,6 @@ const long_double zero(0u, 0u, 0u, 0u);
 const long_double one(0x3FFF0000u, 0u, 0u, 0u);
 const long_double half(0x3FFE0000u, 0u, 0u, 0u);
 const long_double two(0x40000000u, 0u, 0u, 0u);
-const long_double splitter(0x40380000u, 0u, 0x00800000u, 0u);  // 2^57 + 1
 
 inline long_double with_sign(long_double v, bool negative) {
     v.word[0] = (v.word[0] & 0x7FFFFFFFu) | (negative ? 0x80000000u : 0u);
@@ -50,7 +49,7 @@ void sincospil(long_double x, long_double *s, long_double *c) {
         cs = one;
     } else {
         long_double hi, lo;
-        times_split_constant(d, pi_h, pi_l, splitter, hi, lo);
+        times_split_constant(d, pi_h, pi_l, hi, lo);
         __k_sincosl(hi, lo, &sn, &cs);
     }
     switch (n & 3) {

@@ -8,7 +8,7 @@
 // cosine is +0, and the tangent's zeros and infinities have the signs of
 // sine over cosine.
 #include "quad/ldmath.h"
-#include "quad/trig_degrees.h"
+#include "quad/trig_product.h"
 
 namespace {
 
@@ -19,7 +19,6 @@ const long_double one(0x3FFF0000u, 0u, 0u, 0u);
 const long_double half(0x3FFE0000u, 0u, 0u, 0u);
 const long_double ninety(0x40056800u, 0u, 0u, 0u);
 const long_double three_sixty(0x40076800u, 0u, 0u, 0u);
-const long_double splitter(0x40380000u, 0u, 0x00800000u, 0u);  // 2^57 + 1
 
 using krm::ldmath::fabsl;
 using krm::ldmath::magnitude_top;
@@ -41,7 +40,7 @@ int quadrant(const long_double &x, long_double &d) {
 
 // d degrees in radians, as a head and a tail.
 void multpi_180L(const long_double &d, long_double &hi, long_double &lo) {
-    krm::ldmath::times_split_constant(d, pi_180_h, pi_180_l, splitter, hi, lo);
+    krm::ldmath::times_split_constant(d, pi_180_h, pi_180_l, hi, lo);
 }
 
 inline long_double with_sign(long_double v, bool negative) {
