@@ -32,6 +32,7 @@ inline long_double small_part(const long_double &x, const long_double &y, unsign
     row = krm::ldmath::trig_row(top);
     const long_double t(top, 0u, 0u, 0u);
     const long_double d = krm::ldmath::fabsl(x) - t;  // exact
+    if (krm::ldmath::iszerol(y)) return d;  // a direct call: no tail to add
     return krm::ldmath::sign_of(x) ? d - y : d + y;
 }
 
@@ -57,7 +58,8 @@ long_double __k_sinl(long_double x, long_double y) {
             p = p1 + z * (p2 + z * (p3 + z * (p4 + z * (p5 + z * (p6 + z * (p7 + z * p8))))));
         else
             p = p1 + z * (p2 + z * (p3 + z * (p4 + z * (p5 + z * p6))));
-        return x + (y + x * z * p);
+        const long_double r = x * z * p;
+        return x + (iszerol(y) ? r : y + r);
     }
     int i;
     const long_double s = small_part(x, y, ix, i);
@@ -82,7 +84,8 @@ long_double __k_cosl(long_double x, long_double y) {
         else
             q = q1 + z * (q2 + z * (q3 + z * (q4 + z * (q5 + z * q6))));
         // cos(x + y) = cos x - y sin x, near enough.
-        return one + (z * q - x * y);
+        const long_double r = z * q;
+        return one + (iszerol(y) ? r : r - x * y);
     }
     int i;
     const long_double s = small_part(x, y, ix, i);

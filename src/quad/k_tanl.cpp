@@ -63,7 +63,8 @@ long_double __k_tanl(long_double x, long_double y, int k) {
                 z * (t10 + z * (t11 + z * (t12 + z * t13)))))))))));
         else
             p = t1 + z * (t2 + z * (t3 + z * (t4 + z * (t5 + z * (t6 + z * t7)))));
-        const long_double c = y + x * z * p;
+        const long_double r = x * z * p;
+        const long_double c = iszerol(y) ? r : y + r;
         hi = x + c;
         if (k == 0) return hi;
         lo = c - (hi - x);
@@ -72,7 +73,7 @@ long_double __k_tanl(long_double x, long_double y, int k) {
     const unsigned top = trig_breakpoint_top(ix);
     const int i = trig_row(top);
     const long_double d = fabsl(x) - long_double(top, 0u, 0u, 0u);  // exact
-    const long_double s = sign_of(x) ? d - y : d + y;
+    const long_double s = iszerol(y) ? d : sign_of(x) ? d - y : d + y;
     const long_double z = s * s;
     const long_double ts = s + s * z * (tt1 + z * (tt2 + z * (tt3 + z * (tt4 + z * (tt5 + z * tt6)))));
     const long_double &T = _TBL_tanl_hi[i];
