@@ -68,7 +68,22 @@ def tan_series(z):  # (tan(r) - r) / r^3
 
 
 def rounded_fit(g, zmax, degree):
-    return [qf.rounded(c) for c in qf.fit(g, 0, zmax, degree, points=6 * (degree + 1))]
+    """A polynomial P of the given degree close to g on [0, zmax], as the
+    kernels use it: the value is f = lead + lead z P(z), so P's error counts
+    times z. A least-squares fit over Chebyshev points, weighted by z, so
+    that the error is small where it matters; the coefficients rounded to
+    binary128."""
+    a, b = mpmath.mpf(0), mpmath.mpf(zmax)
+    n = 6 * (degree + 1)
+    rows, rhs = [], []
+    for k in range(n):
+        z = (a + b) / 2 + (b - a) / 2 * mpmath.cos(mpmath.pi * (k + mpmath.mpf(1) / 2) / n)
+        rows.append([z * z ** j for j in range(degree + 1)])
+        rhs.append(z * g(z))
+    A = mpmath.matrix(rows)
+    y = mpmath.matrix(rhs)
+    c = mpmath.lu_solve(A.T * A, A.T * y)
+    return [qf.rounded(c[j]) for j in range(degree + 1)]
 
 
 def worst(g, c, zmax, scale, samples=600):
