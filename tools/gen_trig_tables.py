@@ -177,18 +177,22 @@ def main():
         "// tan s = s + s z (tt1 + ... + tt6 z^5) for the small part of the table method",
     ] + coefficient_lines("tt", fs["tt"][0]))
 
-    # pi/2 in pieces of 89 bits, so that n times a piece is exact for n below
-    # 2^24, each with the binary128 rest after it.
+    # pi/2 in pieces of 65 bits, so that n times a piece is exact for n below
+    # 2^48, each with the binary128 rest after it.
     half_pi = mpmath.pi / 2
-    pio2_1, _ = hi_lo_split(half_pi, 89)
-    pio2_1t = qf.rounded(half_pi - pio2_1)
-    pio2_2, _ = hi_lo_split(half_pi - pio2_1, 89)
-    pio2_2t = qf.rounded(half_pi - pio2_1 - pio2_2)
+    pieces, rest = [], half_pi
+    for _ in range(3):
+        piece, _ = hi_lo_split(rest, 65)
+        pieces.append((piece, qf.rounded(rest - piece)))
+        rest -= piece
+    constants = [("invpio2", 2 / mpmath.pi), ("pio4", mpmath.pi / 4)]
+    for k, (piece, tail) in enumerate(pieces, 1):
+        constants += [("pio2_%d" % k, piece), ("pio2_%dt" % k, tail)]
     write("rem_pio2l.inc", [
-        "// 2/pi; pi/4; pi/2 = pio2_1 + pio2_1t = pio2_1 + pio2_2 + pio2_2t, where",
-        "// pio2_1 and pio2_2 have 89 significant bits.",
-    ] + qf.emit_constants([("invpio2", 2 / mpmath.pi), ("pio4", mpmath.pi / 4), ("pio2_1", pio2_1),
-                           ("pio2_1t", pio2_1t), ("pio2_2", pio2_2), ("pio2_2t", pio2_2t)]))
+        "// 2/pi; pi/4; pi/2 = pio2_1 + pio2_1t = pio2_1 + pio2_2 + pio2_2t",
+        "// = pio2_1 + pio2_2 + pio2_3 + pio2_3t, where pio2_1, pio2_2 and pio2_3",
+        "// have 65 significant bits.",
+    ] + qf.emit_constants(constants))
 
     # A head of 56 bits times a half of a 113-bit number is exact.
     h, l = hi_lo_split(mpmath.pi / 180, 56)

@@ -253,6 +253,11 @@ std::vector<long long> multiples() {
     operands r(21);
     for (int i = 0; i < count(200); ++i) ks.push_back(1 + static_cast<long long>(r.bits() % (1ull << 25)));
     for (int i = 0; i < count(60); ++i) ks.push_back(static_cast<long long>(r.bits() >> 2));
+    // Either side of 2^48, where the reduction in pieces of pi/2 hands over
+    // to the whole-number one.
+    const long long edge[] = {(1LL << 47) - 1, (1LL << 47) + 1, 179000000000000LL, 179192535600707LL,
+                              179192535600708LL, 179192535600709LL, 180000000000001LL, (1LL << 48) + 3};
+    for (long long k : edge) ks.push_back(k);
     for (int i = 0; i < 40; ++i) ks.push_back(-ks[static_cast<size_t>(i) * 3]);
     return ks;
 }
@@ -284,12 +289,11 @@ samples reduction_arguments() {
 }
 
 // Where the kernels change method: the thresholds of the polynomials, every
-// breakpoint of the table, pi/4 and the start of the medium and large
-// reductions.
+// breakpoint of the table, pi/4, and 2^48 where the reduction changes.
 samples kernel_boundaries() {
     samples out;
     const __float128 edges[] = {0x1p-57Q, 0x1p-7Q, 0.15625Q, 0.78539816339744830961566084581987572Q,
-                                0x1.921fb54442d18469898cc51701b8p-1Q, 0x1p24Q, 0x1p-52Q};
+                                0x1.921fb54442d18469898cc51701b8p-1Q, 0x1p48Q, 0x1p-8Q};
     for (__float128 e : edges) append(out, around(e, 20));
     for (int i = 0; i < 75; ++i) {
         krm_real16 t = words(0x3FFC4000u + (static_cast<uint32_t>(i) << 11), 0, 0, 0);
@@ -384,6 +388,33 @@ TEST(TrigAccuracy, Sincospi) {
     }
     expect_accurate(measure("sincospi.sin", sinpi_entry, nullptr, mpfr_sinpi, xs), "sincospi.sin");
     expect_accurate(measure("sincospi.cos", cospi_entry, nullptr, mpfr_cospi, xs), "sincospi.cos");
+}
+
+// The functions follow the rounding direction only through the operations
+// they are made of: in every direction they stay within about an ulp, with
+// no step at the kernels' thresholds and breakpoints.
+TEST(TrigAccuracy, EveryRoundingDirectionStaysClose) {
+    samples xs = uniform(-0.8Q, 0.8Q, count(300), 61);
+    append(xs, log_uniform(-20, 60, count(300), 62));
+    append(xs, kernel_boundaries());
+    append(xs, near_multiples_of_half_pi({1, 2, 3, 1000001, 123456789012LL}, 2));
+    samples ds = uniform(-720, 720, count(300), 63);
+    for (const direction &d : directions) {
+        accuracy s, c, t, sd, sp;
+        {
+            rounding_scope scope(d.fe);
+            s = measure("sin", __Qsin, nullptr, mpfr_sin, xs);
+            c = measure("cos", __Qcos, nullptr, mpfr_cos, xs);
+            t = measure("tan", __Qtan, nullptr, mpfr_tan, xs);
+            sd = measure("sind", __Qsind, nullptr, sind_exact, ds);
+            sp = measure("sincospi.sin", sinpi_entry, nullptr, mpfr_sinpi, xs);
+        }
+        EXPECT_LE(s.ours, 1.5) << d.name << " sin at " << hex(q(s.worst_x));
+        EXPECT_LE(c.ours, 1.5) << d.name << " cos at " << hex(q(c.worst_x));
+        EXPECT_LE(t.ours, 1.5) << d.name << " tan at " << hex(q(t.worst_x));
+        EXPECT_LE(sd.ours, 1.5) << d.name << " sind at " << hex(q(sd.worst_x));
+        EXPECT_LE(sp.ours, 1.5) << d.name << " sincospi.sin at " << hex(q(sp.worst_x));
+    }
 }
 
 // sin and cos of 1e4000 reduce through the whole-number reduction: right to
