@@ -129,8 +129,15 @@ def write(name, lines):
         f.write("\n".join(lines) + "\n")
 
 
-def coefficient_lines(prefix, coeffs):
-    return qf.emit_constants([("%s%d" % (prefix, j + 1), c) for j, c in enumerate(coeffs)])
+def coefficient_lines(prefix, coeffs, in_double=0):
+    """The coefficients prefix1.. as long_double constants, but for the last
+    in_double, which are small enough in the kernel's sum to be taken in
+    double arithmetic."""
+    n = len(coeffs) - in_double
+    lines = qf.emit_constants([("%s%d" % (prefix, j + 1), c) for j, c in enumerate(coeffs[:n])])
+    for j in range(n, len(coeffs)):
+        lines.append("const double %s%d = %s;" % (prefix, j + 1, float(coeffs[j]).hex()))
+    return lines
 
 
 def main():
@@ -164,18 +171,18 @@ def main():
 
     write("k_sinl.inc", [
         "// sin x = x + x z (p1 + p2 z + ... + p8 z^7), z = x^2, |x| < 0.15625",
-    ] + coefficient_lines("p", fs["p"][0]) + [
+    ] + coefficient_lines("p", fs["p"][0], 2) + [
         "// cos x = 1 + z (q1 + q2 z + ... + q8 z^7)",
-    ] + coefficient_lines("q", fs["q"][0]) + [
+    ] + coefficient_lines("q", fs["q"][0], 2) + [
         "// The small part s of the table method, |s| <= 2^-7 + 2^-16:",
         "// sin s = s + s z (pp1 + ... + pp5 z^4), cos s - 1 = z (qq1 + ... + qq5 z^4)",
-    ] + coefficient_lines("pp", fs["pp"][0]) + coefficient_lines("qq", fs["qq"][0]))
+    ] + coefficient_lines("pp", fs["pp"][0], 2) + coefficient_lines("qq", fs["qq"][0], 2))
 
     write("k_tanl.inc", [
         "// tan x = x + x z (t1 + t2 z + ... + t13 z^12), z = x^2, |x| < 0.15625",
-    ] + coefficient_lines("t", fs["t"][0]) + [
+    ] + coefficient_lines("t", fs["t"][0], 4) + [
         "// tan s = s + s z (tt1 + ... + tt6 z^5) for the small part of the table method",
-    ] + coefficient_lines("tt", fs["tt"][0]))
+    ] + coefficient_lines("tt", fs["tt"][0], 2))
 
     # pi/2 in pieces of 65 bits, so that n times a piece is exact for n below
     # 2^48, each with the binary128 rest after it.

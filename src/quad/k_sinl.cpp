@@ -7,7 +7,9 @@
 //   sin(t + s) = sin t + (cos t sin s + sin t (cos s - 1)),
 //   cos(t + s) = cos t + (cos t (cos s - 1) - sin t sin s),
 // the bracket being small, so that its rounding errors stay far below the
-// last bit of the result.
+// last bit of the result. The last two terms of each polynomial are summed
+// in double arithmetic: they are under 2^-60 of the result, so that their
+// own rounding is far below its last bit too.
 #include "quad/ldmath.h"
 #include "quad/trig_tables.h"
 
@@ -37,10 +39,14 @@ inline long_double small_part(const long_double &x, const long_double &y, unsign
 }
 
 // sin s - s and cos s - 1 for the small part, z = s * s.
-inline long_double sin_rest(const long_double &s, const long_double &z) {
-    return s * z * (pp1 + z * (pp2 + z * (pp3 + z * (pp4 + z * pp5))));
+inline long_double sin_rest(const long_double &s, const long_double &z, double zd) {
+    const long_double w(zd * (pp4 + zd * pp5));
+    return s * z * (pp1 + z * (pp2 + z * (pp3 + w)));
 }
-inline long_double cos_rest(const long_double &z) { return z * (qq1 + z * (qq2 + z * (qq3 + z * (qq4 + z * qq5)))); }
+inline long_double cos_rest(const long_double &z, double zd) {
+    const long_double w(zd * (qq4 + zd * qq5));
+    return z * (qq1 + z * (qq2 + z * (qq3 + w)));
+}
 
 }  // namespace
 
@@ -54,9 +60,11 @@ long_double __k_sinl(long_double x, long_double y) {
         }
         const long_double z = x * x;
         long_double p;
-        if (ix >= 0x3FF80000u)  // |x| >= 2^-7
-            p = p1 + z * (p2 + z * (p3 + z * (p4 + z * (p5 + z * (p6 + z * (p7 + z * p8))))));
-        else
+        if (ix >= 0x3FF80000u) {  // |x| >= 2^-7
+            const double zd = short_double(z);
+            const long_double w(zd * (p7 + zd * p8));
+            p = p1 + z * (p2 + z * (p3 + z * (p4 + z * (p5 + z * (p6 + w)))));
+        } else
             p = p1 + z * (p2 + z * (p3 + z * (p4 + z * (p5 + z * p6))));
         const long_double r = x * z * p;
         return x + (iszerol(y) ? r : y + r);
@@ -64,8 +72,9 @@ long_double __k_sinl(long_double x, long_double y) {
     int i;
     const long_double s = small_part(x, y, ix, i);
     const long_double z = s * s;
-    const long_double sine = s + sin_rest(s, z);
-    const long_double cosine = cos_rest(z);
+    const double zd = short_double(z);
+    const long_double sine = s + sin_rest(s, z, zd);
+    const long_double cosine = cos_rest(z, zd);
     const long_double r =
         _TBL_sinl_hi[i] + ((_TBL_sinl_lo[i] + _TBL_sinl_hi[i] * cosine) + _TBL_cosl_hi[i] * sine);
     return sign_of(x) ? negated(r) : r;
@@ -79,9 +88,11 @@ long_double __k_cosl(long_double x, long_double y) {
         }
         const long_double z = x * x;
         long_double q;
-        if (ix >= 0x3FF80000u)
-            q = q1 + z * (q2 + z * (q3 + z * (q4 + z * (q5 + z * (q6 + z * (q7 + z * q8))))));
-        else
+        if (ix >= 0x3FF80000u) {
+            const double zd = short_double(z);
+            const long_double w(zd * (q7 + zd * q8));
+            q = q1 + z * (q2 + z * (q3 + z * (q4 + z * (q5 + z * (q6 + w)))));
+        } else
             q = q1 + z * (q2 + z * (q3 + z * (q4 + z * (q5 + z * q6))));
         // cos(x + y) = cos x - y sin x, near enough.
         const long_double r = z * q;
@@ -90,8 +101,9 @@ long_double __k_cosl(long_double x, long_double y) {
     int i;
     const long_double s = small_part(x, y, ix, i);
     const long_double z = s * s;
-    const long_double sine = s + sin_rest(s, z);
-    const long_double cosine = cos_rest(z);
+    const double zd = short_double(z);
+    const long_double sine = s + sin_rest(s, z, zd);
+    const long_double cosine = cos_rest(z, zd);
     return _TBL_cosl_hi[i] + ((_TBL_cosl_lo[i] + _TBL_cosl_hi[i] * cosine) - _TBL_sinl_hi[i] * sine);
 }
 
@@ -105,8 +117,9 @@ void __k_sincosl(long_double x, long_double y, long_double *sn, long_double *cs)
     int i;
     const long_double s = small_part(x, y, ix, i);
     const long_double z = s * s;
-    const long_double sine = s + sin_rest(s, z);
-    const long_double cosine = cos_rest(z);
+    const double zd = short_double(z);
+    const long_double sine = s + sin_rest(s, z, zd);
+    const long_double cosine = cos_rest(z, zd);
     const long_double r =
         _TBL_sinl_hi[i] + ((_TBL_sinl_lo[i] + _TBL_sinl_hi[i] * cosine) + _TBL_cosl_hi[i] * sine);
     *sn = sign_of(x) ? negated(r) : r;

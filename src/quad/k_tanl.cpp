@@ -58,10 +58,11 @@ long_double __k_tanl(long_double x, long_double y, int k) {
         }
         const long_double z = x * x;
         long_double p;
-        if (ix >= 0x3FF80000u)  // |x| >= 2^-7
-            p = t1 + z * (t2 + z * (t3 + z * (t4 + z * (t5 + z * (t6 + z * (t7 + z * (t8 + z * (t9 +
-                z * (t10 + z * (t11 + z * (t12 + z * t13)))))))))));
-        else
+        if (ix >= 0x3FF80000u) {  // |x| >= 2^-7; the last four terms in double
+            const double zd = short_double(z);
+            const long_double w(zd * (t10 + zd * (t11 + zd * (t12 + zd * t13))));
+            p = t1 + z * (t2 + z * (t3 + z * (t4 + z * (t5 + z * (t6 + z * (t7 + z * (t8 + z * (t9 + w))))))));
+        } else
             p = t1 + z * (t2 + z * (t3 + z * (t4 + z * (t5 + z * (t6 + z * t7)))));
         const long_double r = x * z * p;
         const long_double c = iszerol(y) ? r : y + r;
@@ -75,7 +76,9 @@ long_double __k_tanl(long_double x, long_double y, int k) {
     const long_double d = fabsl(x) - long_double(top, 0u, 0u, 0u);  // exact
     const long_double s = iszerol(y) ? d : sign_of(x) ? d - y : d + y;
     const long_double z = s * s;
-    const long_double ts = s + s * z * (tt1 + z * (tt2 + z * (tt3 + z * (tt4 + z * (tt5 + z * tt6)))));
+    const double zd = short_double(z);
+    const long_double w(zd * (tt5 + zd * tt6));
+    const long_double ts = s + s * z * (tt1 + z * (tt2 + z * (tt3 + z * (tt4 + w))));
     const long_double &T = _TBL_tanl_hi[i];
     const long_double c = _TBL_tanl_lo[i] + ts * (one + T * T) / (one - T * ts);
     hi = T + c;
