@@ -38,7 +38,8 @@ void sincospil(long_double x, long_double *s, long_double *c) {
     if (ix < 0x3FFD0000u) {  // |x| < 1/4
         d = x;
     } else {
-        const long_double r = ix >= 0x40000000u ? fmodl(x, two) : x;
+        // From 2^113 on every number is an even whole number.
+        const long_double r = ix >= 0x40700000u ? with_sign(zero, sign_of(x)) : ix >= 0x40000000u ? fmodl(x, two) : x;
         n = static_cast<int>(fabsl(r) * two + half);
         if (sign_of(r)) n = -n;
         d = r - long_double(n) * half;

@@ -7,6 +7,8 @@
 // multiple of 45 is exactly 1 or -1. A zero sine has the sign of x, a zero
 // cosine is +0, and the tangent's zeros and infinities have the signs of
 // sine over cosine.
+#include <stdint.h>
+
 #include "quad/ldmath.h"
 #include "quad/trig_product.h"
 
@@ -24,6 +26,29 @@ using krm::ldmath::fabsl;
 using krm::ldmath::magnitude_top;
 using krm::ldmath::sign_of;
 
+inline long_double with_sign(long_double v, bool negative) {
+    v.word[0] = (v.word[0] & 0x7FFFFFFFu) | (negative ? 0x80000000u : 0u);
+    return v;
+}
+
+// x mod 360 with x's sign, for |x| >= 2^113: x is then a whole number
+// M 2^k, M the 113-bit significand and k >= 1, so the remainder is that of
+// (M mod 360)(2^k mod 360), in a few integer steps where fmodl would take a
+// step per bit of the exponent.
+long_double whole_remainder_360(const long_double &x) {
+    const uint32_t m[4] = {(x.word[0] & 0xFFFFu) | 0x10000u, x.word[1], x.word[2], x.word[3]};
+    uint64_t rm = 0;
+    for (uint32_t w : m) rm = ((rm << 32) | w) % 360u;
+    unsigned k = ((x.word[0] >> 16) & 0x7FFFu) - 16383u - 112u;
+    uint64_t rp = 1, b = 2;
+    for (; k != 0; k >>= 1) {
+        if (k & 1u) rp = rp * b % 360u;
+        b = b * b % 360u;
+    }
+    const long_double r(static_cast<int>(rm * rp % 360u));
+    return with_sign(r, sign_of(x));
+}
+
 // x = 90 n + d exactly, |d| <= 45 (x finite); returns n.
 int quadrant(const long_double &x, long_double &d) {
     const unsigned ix = magnitude_top(x);
@@ -31,7 +56,7 @@ int quadrant(const long_double &x, long_double &d) {
         d = x;
         return 0;
     }
-    const long_double r = ix >= 0x40076800u ? fmodl(x, three_sixty) : x;
+    const long_double r = ix >= 0x40700000u ? whole_remainder_360(x) : ix >= 0x40076800u ? fmodl(x, three_sixty) : x;
     int n = static_cast<int>(fabsl(r) * one_ninetieth + half);
     if (sign_of(r)) n = -n;
     d = r - long_double(n) * ninety;
@@ -41,11 +66,6 @@ int quadrant(const long_double &x, long_double &d) {
 // d degrees in radians, as a head and a tail.
 void multpi_180L(const long_double &d, long_double &hi, long_double &lo) {
     krm::ldmath::times_split_constant(d, pi_180_h, pi_180_l, hi, lo);
-}
-
-inline long_double with_sign(long_double v, bool negative) {
-    v.word[0] = (v.word[0] & 0x7FFFFFFFu) | (negative ? 0x80000000u : 0u);
-    return v;
 }
 
 }  // namespace
