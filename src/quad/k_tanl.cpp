@@ -6,7 +6,11 @@
 //   tan(t + s) = tan t + tan s (1 + tan^2 t) / (1 - tan t tan s),
 // the second term small. Either way the value comes as a head and the
 // rounding error of its last addition, so that -1/tan can be taken to the
-// last bit.
+// last bit. The polynomials' last terms, under 2^-60 of the result, are
+// summed in double arithmetic.
+//
+// tan s for the small part has coefficients tt1..tt6 of its own: the
+// thirteen of the polynomial range are far more than s needs.
 #include "quad/ldmath.h"
 #include "quad/trig_tables.h"
 
