@@ -222,6 +222,8 @@ TEST(TrigEdges, SineIsContinuousAtTheFirstBreakpoint) {
     }
 }
 
+int count(long n) { return static_cast<int>(scaled(n)); }
+
 // --- Against libquadmath, on both builds --------------------------------------
 
 // The distance from ours to libquadmath's in units of the last place of
@@ -237,9 +239,9 @@ double ulps_apart(__float128 ours, __float128 theirs) {
 }
 
 TEST(TrigAgainstLibquadmath, WithinTwoUnits) {
-    samples xs = uniform(-0.8Q, 0.8Q, 2000, 71);
-    append(xs, log_uniform(-120, 60, 2000, 72));
-    append(xs, log_uniform(60, 16384, 300, 73));
+    samples xs = uniform(-0.8Q, 0.8Q, count(2000), 71);
+    append(xs, log_uniform(-120, 60, count(2000), 72));
+    append(xs, log_uniform(60, 16384, count(300), 73));
     for (int k = 1; k < 200; k += 7) append(xs, around(k * M_PIq / 2, 2));
     struct fn {
         const char *name;
@@ -267,8 +269,6 @@ TEST(TrigAgainstLibquadmath, WithinTwoUnits) {
 int sind_exact(mpfr_ptr r, mpfr_srcptr x, mpfr_rnd_t rnd) { return mpfr_sinu(r, x, 360, rnd); }
 int cosd_exact(mpfr_ptr r, mpfr_srcptr x, mpfr_rnd_t rnd) { return mpfr_cosu(r, x, 360, rnd); }
 int tand_exact(mpfr_ptr r, mpfr_srcptr x, mpfr_rnd_t rnd) { return mpfr_tanu(r, x, 360, rnd); }
-
-int count(long n) { return static_cast<int>(scaled(n)); }
 
 // The binary128 numbers nearest to k pi/2, for the given k, and a few
 // neighbours of each: the arguments whose reduction cancels most.
