@@ -10,6 +10,7 @@
 // last bit of the result. The last two terms of each polynomial are summed
 // in double arithmetic: they are under 2^-60 of the result, so that their
 // own rounding is far below its last bit too.
+#include "platform/fp_flags.h"
 #include "quad/ldmath.h"
 #include "quad/trig_tables.h"
 
@@ -53,6 +54,7 @@ inline long_double cos_rest(const long_double &z, double zd) {
 namespace krm::ldmath {
 
 long_double __k_sinl(long_double x, long_double y) {
+    krm::platform::keep_fp_flags flags;  // the low-order terms are summed in doubles
     const unsigned ix = magnitude_top(x);
     if (ix < 0x3FFC4000u) {  // |x| < 0.15625
         if (ix < 0x3FC60000u) {  // |x| < 2^-57
@@ -81,6 +83,7 @@ long_double __k_sinl(long_double x, long_double y) {
 }
 
 long_double __k_cosl(long_double x, long_double y) {
+    krm::platform::keep_fp_flags flags;  // the low-order terms are summed in doubles
     const unsigned ix = magnitude_top(x);
     if (ix < 0x3FFC4000u) {
         if (ix < 0x3FC60000u) {
@@ -108,6 +111,7 @@ long_double __k_cosl(long_double x, long_double y) {
 }
 
 void __k_sincosl(long_double x, long_double y, long_double *sn, long_double *cs) {
+    krm::platform::keep_fp_flags flags;  // the low-order terms are summed in doubles
     const unsigned ix = magnitude_top(x);
     if (ix < 0x3FFC4000u) {
         *sn = __k_sinl(x, y);

@@ -11,6 +11,7 @@
 //
 // tan s for the small part has coefficients tt1..tt6 of its own: the
 // thirteen of the polynomial range are far more than s needs.
+#include "platform/fp_flags.h"
 #include "quad/ldmath.h"
 #include "quad/trig_tables.h"
 
@@ -51,6 +52,7 @@ inline long_double minus_reciprocal(const long_double &hi, const long_double &lo
 namespace krm::ldmath {
 
 long_double __k_tanl(long_double x, long_double y, int k) {
+    krm::platform::keep_fp_flags flags;  // the low-order terms are summed in doubles
     const unsigned ix = magnitude_top(x);
     long_double hi, lo;
     if (ix < 0x3FFC4000u) {  // |x| < 0.15625

@@ -8,6 +8,7 @@
 // 2^-195, another to 2^-260. A remainder that is still under 2^-138 (none
 // is known to be) goes to the whole-number reduction, as do all larger
 // arguments; that one is exact however large they are.
+#include "platform/fp_flags.h"
 #include "platform/rem_pio2m.h"
 #include "quad/ldmath.h"
 
@@ -67,7 +68,11 @@ int reduce_exactly(const long_double &ax, long_double *y) {
     int count = 5;
     while (count > 1 && pieces[count - 1] == 0.0) --count;
     double out[3];
-    const int n = __rem_pio2m(pieces, out, e - 23, count, 3, _TBL_ipio2l_inf);
+    int n;
+    {
+        krm::platform::keep_fp_flags flags;
+        n = __rem_pio2m(pieces, out, e - 23, count, 3, _TBL_ipio2l_inf);
+    }
     const long_double head(out[0]);
     const long_double rest = long_double(out[2]) + long_double(out[1]);
     y[0] = rest + head;
