@@ -160,3 +160,81 @@ TEST(ExpLogAccuracy, Log) {
 #endif
 
 }  // namespace
+
+namespace {
+
+TEST(ExpLogSpecial, Log10AndLog1p) {
+    const special1 rows10[] = {
+        {"+0", 0, -inf}, {"-0", -0.0Q, -inf}, {"1", 1, 0}, {"10", 10, 1}, {"1e-4", 1e-4Q, -4},
+        {"+inf", inf, inf}, {"-2", -2, nan_}, {"NaN", nan_, nan_}, {"1e4000", 1e4000Q, 4000},
+    };
+    check_table("log10l", log10_, rows10, sizeof rows10 / sizeof rows10[0]);
+    const special1 rows1p[] = {
+        {"+0", 0, 0}, {"-0", -0.0Q, -0.0Q}, {"-1", -1, -inf}, {"-1.5", -1.5Q, nan_}, {"-inf", -inf, nan_},
+        {"+inf", inf, inf}, {"NaN", nan_, nan_}, {"tiny", tiny, tiny}, {"-tiny", -tiny, -tiny},
+    };
+    check_table("log1pl", log1p_, rows1p, sizeof rows1p / sizeof rows1p[0]);
+    for (__float128 x : log_uniform(-30, 30, 200, 61, false))
+        EXPECT_TRUE(same_bits_f(call(log10_, x), entry(__Qlog10, x))) << show(x);
+}
+
+#if defined(KRM_TEST_MPFR)
+
+TEST(ExpLogAccuracy, Log10) {
+    samples xs = log_samples();
+    for (int n = -4900; n <= 4900; n += 97) xs.push_back(powq(10, n));  // near the powers of ten
+    accuracy a = measure("log10l", __Qlog10, log10q, mpfr_log10, xs);
+    EXPECT_LE(a.ours, 1.0) << "worst at " << show(a.worst_x);
+}
+
+TEST(ExpLogAccuracy, Log1p) {
+    samples xs = log_uniform(-130, 100, scaled(4000), 71);
+    for (__float128 &x : xs)
+        if (x < -1) x = -1 / x;  // keep above -1
+    append(xs, uniform(-0.999, 1, scaled(2000), 72));
+    append(xs, uniform(-0.01, 0.01, scaled(1000), 73));
+    append(xs, uniform(-1, -0.99, scaled(500), 74));
+    accuracy a = measure("log1pl", wrap<log1p_>, log1pq, mpfr_log1p, xs);
+    EXPECT_LE(a.ours, 1.0) << "worst at " << show(a.worst_x);
+}
+
+// The real part of the complex log, half log(x^2 + y^2), against MPFR's
+// exact sum of squares.
+int half_log_hypot(mpfr_ptr r, mpfr_srcptr x, mpfr_srcptr y, mpfr_rnd_t rnd) {
+    mpfr_t s, t;
+    mpfr_init2(s, 1024);
+    mpfr_init2(t, 1024);
+    mpfr_sqr(s, x, MPFR_RNDN);
+    mpfr_sqr(t, y, MPFR_RNDN);
+    mpfr_add(s, s, t, MPFR_RNDN);
+    mpfr_log(s, s, MPFR_RNDN);
+    int v = mpfr_div_2ui(r, s, 1, rnd);
+    mpfr_clear(s);
+    mpfr_clear(t);
+    return v;
+}
+
+void k_clog_entry(krm_real16 *r, const krm_real16 *x, const krm_real16 *y) {
+    *r = krm::ldmath::__k_clog_rl(long_double::of_storage(*x), long_double::of_storage(*y)).storage();
+}
+
+TEST(ExpLogAccuracy, HalfLogOfSumOfSquares) {
+    // Pairs with |x| >= |y|: anywhere, and on the unit circle's neighbourhood.
+    samples xs = log_uniform(-16000, 16000, scaled(1500), 81, false);
+    samples ys = log_uniform(-16000, 16000, scaled(1500), 82, false);
+    for (size_t i = 0; i < xs.size(); ++i)
+        if (ys[i] > xs[i]) std::swap(xs[i], ys[i]);
+    samples t = uniform(0, 0.785, scaled(1500), 83);  // angles up to pi/4
+    samples rad = uniform(-0.02, 0.02, scaled(1500), 84);
+    for (size_t i = 0; i < t.size(); ++i) {
+        __float128 r = 1 + rad[i] * rad[i] * rad[i];
+        xs.push_back(r * cosq(t[i]));
+        ys.push_back(r * sinq(t[i]));
+    }
+    accuracy a = measure("__k_clog_rl", k_clog_entry, nullptr, half_log_hypot, xs, ys);
+    EXPECT_LE(a.ours, 1.0) << "worst at " << show(a.worst_x) << ", " << show(a.worst_y);
+}
+
+#endif
+
+}  // namespace
