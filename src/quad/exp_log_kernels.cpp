@@ -196,4 +196,22 @@ long_double __expm1_hl(const long_double &x, long_double *lo) {
     return hi;
 }
 
+long_double __div_hl(const long_double &a, const long_double &a_lo, const long_double &b, const long_double &b_lo,
+                     long_double *lo) {
+    long_double q = a / b;
+    long_double p_lo;
+    long_double p = __mul_hl(q, b, &p_lo);
+    // a - q b is exact: q b lies within a rounding of a.
+    *lo = ((((a - p) - p_lo) + a_lo) - q * b_lo) / b;
+    return q;
+}
+
+void __sinh_cosh_parts(const long_double &x, long_double *t, long_double *t_lo, long_double *u, long_double *u_lo) {
+    *t = __expm1_hl(x, t_lo);
+    long_double d_lo;
+    long_double d = __add_hl(one, *t, &d_lo);
+    d_lo = d_lo + *t_lo;
+    *u = __div_hl(*t, *t_lo, d, d_lo, u_lo);
+}
+
 }  // namespace krm::ldmath

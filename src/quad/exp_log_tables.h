@@ -27,6 +27,13 @@ long_double __mul_hl(const long_double &a, const long_double &b, long_double *lo
 // gives a meaningless *err).
 long_double __add_hl(const long_double &a, const long_double &b, long_double *err);
 
+// (a + a_lo) / (b + b_lo) as hi + *lo, the tail good to about 2^-220.
+long_double __div_hl(const long_double &a, const long_double &a_lo, const long_double &b, const long_double &b_lo,
+                     long_double *lo);
+// For 0 <= x < 40: t = exp(x) - 1 and u = t / (1 + t) = 1 - exp(-x), both
+// as pairs; sinh x = (t + u) / 2 and cosh x = 1 + (t - u) / 2.
+void __sinh_cosh_parts(const long_double &x, long_double *t, long_double *t_lo, long_double *u, long_double *u_lo);
+
 // log x as hi + *lo for a finite x > 0 (subnormals included), the pair
 // good to about 2^-128 relative. precise adds the exact square that
 // powl needs near 1.

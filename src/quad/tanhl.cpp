@@ -1,0 +1,48 @@
+// Hyperbolic tangent of a long_double.
+#include "quad/exp_log_tables.h"
+
+namespace {
+
+const long_double one(0x3FFF0000u, 0u, 0u, 0u);
+const long_double two(0x40000000u, 0u, 0u, 0u);
+const long_double tiny(0x00010000u, 0u, 0u, 0u);  // 2^-16382
+// Below small, tanh x is x to the last bit; from big on, 1 less under half
+// an ulp. Between, t / (t + 2) with t = expm1(2|x|), as pairs.
+const unsigned small = 0x3FC60000u;              // 2^-57
+const long_double big(0x40044000u, 0u, 0u, 0u);  // 40
+
+}  // namespace
+
+namespace krm::ldmath {
+
+long_double tanhl(long_double x) {
+    unsigned ix = magnitude_top(x);
+    bool neg = sign_of(x);
+    if (ix >= 0x7FFF0000u) {
+        if (isnanl(x)) return x + x;
+        return neg ? -one : one;
+    }
+    if (ix < small) return x;
+    long_double ax = fabsl(x);
+    if (ax >= big) return neg ? tiny - one : one - tiny;
+    long_double a = ax + ax;  // exact
+    long_double t_lo;
+    long_double t = __expm1_hl(a, &t_lo);
+    long_double d_lo;
+    long_double d = __add_hl(two, t, &d_lo);
+    d_lo = d_lo + t_lo;
+    long_double q_lo;
+    long_double q = __div_hl(t, t_lo, d, d_lo, &q_lo);
+    if (neg) {
+        q = -q;
+        q_lo = -q_lo;
+    }
+    return q + q_lo;
+}
+
+}  // namespace krm::ldmath
+
+extern "C" KRM_API void __Qtanh(krm_real16 *result, const krm_real16 *x) {
+    using namespace krm::ldmath;
+    store(result, tanhl(load(x)));
+}
