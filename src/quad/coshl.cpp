@@ -16,6 +16,16 @@ long_double coshl(long_double x) {
     if (ix >= 0x7FFF0000u) return x * x;  // NaN, or +inf
     long_double ax = fabsl(x);
     if (ix < 0x3FC60000u) return one + ax * ax;  // |x| < 2^-57: 1, or its neighbour in a directed rounding
+    if (ix >= 0x40000000u && ax < C) {
+        // |x| in [2, 40): exp(|x|)/2 as a pair plus 1/(2 exp|x|), whose
+        // rounding error is far below the last bit of the sum.
+        int m;
+        long_double s_hi, s_lo;
+        __exp_pieces(ax, long_double(0u, 0u, 0u, 0u), &m, &s_hi, &s_lo);
+        long_double h = __scalbnl(s_hi, m - 1);
+        long_double rest = __scalbnl(s_lo, m - 1) + half / __scalbnl(s_hi + s_lo, m);
+        return h + rest;
+    }
     if (ax < C) {
         // 1 + (t - u) / 2, t = expm1|x|, u = 1 - exp(-|x|): t - u is exact
         // enough as pairs even where it cancels.

@@ -26,6 +26,15 @@ long_double tanhl(long_double x) {
     long_double ax = fabsl(x);
     if (ax >= big) return neg ? tiny - one : one - tiny;
     long_double a = ax + ax;  // exact
+    if (ix >= 0x40000000u) {
+        // |x| >= 2: 1 - 2/(exp(2|x|) + 1), the quotient under 0.04 and its
+        // rounding error far below the last bit of the result.
+        int m;
+        long_double s_hi, s_lo;
+        __exp_pieces(a, long_double(0u, 0u, 0u, 0u), &m, &s_hi, &s_lo);
+        long_double w = two / (__scalbnl(s_hi + s_lo, m) + one);
+        return neg ? w - one : one - w;
+    }
     long_double t_lo;
     long_double t = __expm1_hl(a, &t_lo);
     long_double d_lo;
