@@ -18,14 +18,17 @@ long_double sinhl(long_double x) {
     if (ix < 0x3FC60000u) return x;        // |x| < 2^-57: x^3/6 is below the last bit
     long_double ax = fabsl(x);
     bool neg = sign_of(x);
-    if (ix >= 0x40000000u && ax < C) {
-        // |x| in [2, 40): exp(|x|)/2 as a pair less 1/(2 exp|x|), whose
-        // rounding error is far below the last bit of the sum.
+    if (ix >= 0x3FFD0000u && ax < C) {
+        // |x| in [1/4, 40): (E - 1/E)/2 with E = exp|x| = 2^m (s_hi + s_lo)
+        // and 1/E as pairs; the difference loses at most two bits, far
+        // below the pairs' accuracy.
         int m;
-        long_double s_hi, s_lo;
+        long_double s_hi, s_lo, q_lo, e0, e;
         __exp_pieces(ax, long_double(0u, 0u, 0u, 0u), &m, &s_hi, &s_lo);
-        long_double h = __scalbnl(s_hi, m - 1);
-        long_double rest = __scalbnl(s_lo, m - 1) - half / __scalbnl(s_hi + s_lo, m);
+        long_double S = __add_hl(s_hi, s_lo, &e0);
+        long_double q = __div_hl(one, long_double(0u, 0u, 0u, 0u), S, e0, &q_lo);
+        long_double h = __add_hl(__scalbnl(S, m - 1), -__scalbnl(q, -m - 1), &e);
+        long_double rest = e + (__scalbnl(e0, m - 1) - __scalbnl(q_lo, -m - 1));
         if (neg) {
             h = -h;
             rest = -rest;
@@ -33,7 +36,8 @@ long_double sinhl(long_double x) {
         return h + rest;
     }
     if (ax < C) {
-        // (t + u) / 2 with t = expm1|x|, u = 1 - exp(-|x|), rounded once.
+        // Near zero: (t + u) / 2 with t = expm1|x|, u = 1 - exp(-|x|),
+        // rounded once.
         long_double t, t_lo, u, u_lo, e;
         __sinh_cosh_parts(ax, &t, &t_lo, &u, &u_lo);
         long_double s = __add_hl(t, u, &e);

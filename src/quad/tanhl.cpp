@@ -35,8 +35,19 @@ long_double tanhl(long_double x) {
         long_double w = two / (__scalbnl(s_hi + s_lo, m) + one);
         return neg ? w - one : one - w;
     }
-    long_double t_lo;
-    long_double t = __expm1_hl(a, &t_lo);
+    long_double t, t_lo;
+    if (ix >= 0x3FFD0000u) {
+        // |x| >= 1/4: t = exp(2|x|) - 1 from the exp pieces, exact as a
+        // pair since exp(2|x|) > 1.6.
+        int m;
+        long_double s_hi, s_lo, e0, e1;
+        __exp_pieces(a, long_double(0u, 0u, 0u, 0u), &m, &s_hi, &s_lo);
+        long_double S = __add_hl(s_hi, s_lo, &e0);
+        t = __add_hl(__scalbnl(S, m), -one, &e1);
+        t_lo = e1 + __scalbnl(e0, m);
+    } else {
+        t = __expm1_hl(a, &t_lo);  // near zero
+    }
     long_double d_lo;
     long_double d = __add_hl(two, t, &d_lo);
     d_lo = d_lo + t_lo;
