@@ -238,3 +238,59 @@ TEST(ExpLogAccuracy, HalfLogOfSumOfSquares) {
 #endif
 
 }  // namespace
+
+namespace {
+
+#if defined(KRM_TEST_MPFR)
+
+// In the directed roundings the last operation rounds the other way, so a
+// result may lie up to an ulp further off; nothing else may change.
+TEST(ExpLogAccuracy, DirectedRoundings) {
+    samples xs = uniform(-700, 700, scaled(300), 301);
+    append(xs, uniform(-11433, -11350, scaled(100), 302));
+    samples ls = log_uniform(-16494, 16383, scaled(300), 303, false);
+    append(ls, uniform(0.99, 1.01, scaled(100), 304));
+    samples hs = uniform(-45, 45, scaled(300), 305);
+    samples py = uniform(-30, 30, scaled(300), 306), px = uniform(0, 20, scaled(300), 307);
+    for (int fe : {FE_DOWNWARD, FE_UPWARD, FE_TOWARDZERO}) {
+        rounding_scope r(fe);
+        EXPECT_LE(measure("expl directed", __Qexp, nullptr, mpfr_exp, xs).ours, 1.5) << fe;
+        EXPECT_LE(measure("expm1l directed", wrap<expm1_>, nullptr, mpfr_expm1, hs).ours, 1.5) << fe;
+        EXPECT_LE(measure("logl directed", __Qlog, nullptr, mpfr_log, ls).ours, 1.5) << fe;
+        EXPECT_LE(measure("log1pl directed", wrap<log1p_>, nullptr, mpfr_log1p, px).ours, 1.5) << fe;
+        EXPECT_LE(measure("sinhl directed", __Qsinh, nullptr, mpfr_sinh, hs).ours, 1.5) << fe;
+        EXPECT_LE(measure("coshl directed", __Qcosh, nullptr, mpfr_cosh, hs).ours, 1.5) << fe;
+        EXPECT_LE(measure("tanhl directed", __Qtanh, nullptr, mpfr_tanh, hs).ours, 1.5) << fe;
+        EXPECT_LE(measure("powl directed", __Qpow, nullptr, mpfr_pow, px, py).ours, 1.5) << fe;
+    }
+}
+
+// __k_cexpl(x, &n) * 2^n is exp(x), also where exp(x) itself overflows.
+void cexp_scaled(krm_real16 *r, const krm_real16 *x) {
+    int n;
+    long_double v = krm::ldmath::__k_cexpl(long_double::of_storage(*x), &n);
+    // Bring the value back by n, in __float128 only when it stays finite:
+    // the test samples keep n + exponent in range by dividing x's exp by
+    // 2^16000 below.
+    *r = krm::ldmath::__scalbnl(v, n - 16000).storage();
+}
+
+int exp_less_16000(mpfr_ptr r, mpfr_srcptr x, mpfr_rnd_t rnd) {
+    mpfr_t t;
+    mpfr_init2(t, 512);
+    mpfr_exp(t, x, MPFR_RNDN);
+    int v = mpfr_div_2ui(r, t, 16000, rnd);
+    mpfr_clear(t);
+    return v;
+}
+
+TEST(ExpLogAccuracy, ExpAsValueAndPowerOfTwo) {
+    samples xs = uniform(11000, 11400, scaled(1000), 311);  // exp(x) beyond the range
+    accuracy a = measure("__k_cexpl", cexp_scaled, nullptr, exp_less_16000, xs);
+    // The value is rounded once and then scaled exactly.
+    EXPECT_LE(a.ours, 1.0) << "worst at " << show(a.worst_x);
+}
+
+#endif
+
+}  // namespace
