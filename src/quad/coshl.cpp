@@ -22,9 +22,9 @@ long_double coshl(long_double x) {
         long_double s_hi, s_lo, q_lo, e;
         __exp_pieces(ax, long_double(0u, 0u, 0u, 0u), &m, &s_hi, &s_lo);
         long_double e0;
-        long_double S = __add_hl(s_hi, s_lo, &e0);  // s_lo is no tail yet: up to 2^-6 of s_hi
-        long_double q = __div_hl(one, long_double(0u, 0u, 0u, 0u), S, e0, &q_lo);
-        long_double h = __add_hl(__scalbnl(S, m - 1), __scalbnl(q, -m - 1), &e);
+        long_double S = __explog_add(s_hi, s_lo, &e0);  // s_lo is no tail yet: up to 2^-6 of s_hi
+        long_double q = __explog_div(one, long_double(0u, 0u, 0u, 0u), S, e0, &q_lo);
+        long_double h = __explog_add(__scalbnl(S, m - 1), __scalbnl(q, -m - 1), &e);
         return h + (e + (__scalbnl(e0, m - 1) + __scalbnl(q_lo, -m - 1)));
     }
     if (ix >= 0x400C6440u) return __scalbnl(one, 20000);  // |x| >= 11400

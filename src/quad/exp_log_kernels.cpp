@@ -30,7 +30,7 @@ inline long_double power_of_two(int n) {  // -16382 <= n <= 16383
 
 }  // namespace
 
-long_double __mul_hl(const long_double &a, const long_double &b, long_double *lo) {
+long_double __explog_mul(const long_double &a, const long_double &b, long_double *lo) {
     long_double p = a * b;
     long_double ah = top56(a), al = a - ah;
     long_double bh = top56(b), bl = b - bh;
@@ -38,7 +38,7 @@ long_double __mul_hl(const long_double &a, const long_double &b, long_double *lo
     return p;
 }
 
-long_double __add_hl(const long_double &a, const long_double &b, long_double *err) {
+long_double __explog_add(const long_double &a, const long_double &b, long_double *err) {
     // Ordered by magnitude on the top words, the fast sum is exact.
     if (magnitude_top(a) >= magnitude_top(b)) return fast_sum(a, b, err);
     return fast_sum(b, a, err);
@@ -54,7 +54,7 @@ long_double __log1p_hl(const long_double &u, const long_double &u_lo, long_doubl
     long_double hf, hf_lo;
     if (precise) {
         long_double sq_lo;
-        hf = __mul_hl(u, u, &sq_lo) * half;
+        hf = __explog_mul(u, u, &sq_lo) * half;
         hf_lo = sq_lo * half + u * u_lo;
     } else {
         hf = u * u * half;
@@ -95,7 +95,7 @@ long_double __log_hl(long_double x, long_double *lo, bool precise) {
         long_double mh(0x3FFF0000u | (hx & 0xFFFFu), x.word[1], x.word[2], x.word[3] & ~0x1FFu);
         long_double ml(0x3FFF0000u | (hx & 0xFFFFu), x.word[1], x.word[2], x.word[3]);
         ml = ml - mh;
-        u = __add_hl(mh * r - one, ml * r, &u_lo);
+        u = __explog_add(mh * r - one, ml * r, &u_lo);
         if (j >= 106) k += 1;
     }
     long_double p_lo;
@@ -115,7 +115,7 @@ long_double __log_hl(long_double x, long_double *lo, bool precise) {
         s1 = _TBL_logl_hi[j];
         e1 = long_double(0u, 0u, 0u, 0u);
     }
-    long_double s2 = __add_hl(s1, p, &e2);
+    long_double s2 = __explog_add(s1, p, &e2);
     long_double t = ((e1 + e2) + (p_lo + (_TBL_logl_lo[j] + fk * c.ln2lo)));
     long_double hi = s2 + t;
     *lo = t - (hi - s2);
@@ -186,9 +186,9 @@ long_double __expm1_hl(const long_double &x, long_double *lo) {
     const long_double &T = _TBL_expl_hi[j];
     // 2^m (T + T_lo) (1 + p) - 1 = (2^m T - 1) + 2^m T p + 2^m (T p_lo + T_lo (1 + p))
     long_double err, e3, tp_lo;
-    long_double d = __add_hl(__scalbnl(T, m), -one, &err);
-    long_double tp = __mul_hl(T, p, &tp_lo);
-    long_double s = __add_hl(d, __scalbnl(tp, m), &e3);
+    long_double d = __explog_add(__scalbnl(T, m), -one, &err);
+    long_double tp = __explog_mul(T, p, &tp_lo);
+    long_double s = __explog_add(d, __scalbnl(tp, m), &e3);
     long_double rest = __scalbnl(tp_lo + (T * p_lo + _TBL_expl_lo[j] * (one + p)), m);
     long_double tail = (err + e3) + rest;
     long_double hi = s + tail;
@@ -196,11 +196,11 @@ long_double __expm1_hl(const long_double &x, long_double *lo) {
     return hi;
 }
 
-long_double __div_hl(const long_double &a, const long_double &a_lo, const long_double &b, const long_double &b_lo,
+long_double __explog_div(const long_double &a, const long_double &a_lo, const long_double &b, const long_double &b_lo,
                      long_double *lo) {
     long_double q = a / b;
     long_double p_lo;
-    long_double p = __mul_hl(q, b, &p_lo);
+    long_double p = __explog_mul(q, b, &p_lo);
     // a - q b is exact: q b lies within a rounding of a.
     *lo = ((((a - p) - p_lo) + a_lo) - q * b_lo) / b;
     return q;
@@ -209,9 +209,9 @@ long_double __div_hl(const long_double &a, const long_double &a_lo, const long_d
 void __sinh_cosh_parts(const long_double &x, long_double *t, long_double *t_lo, long_double *u, long_double *u_lo) {
     *t = __expm1_hl(x, t_lo);
     long_double d_lo;
-    long_double d = __add_hl(one, *t, &d_lo);
+    long_double d = __explog_add(one, *t, &d_lo);
     d_lo = d_lo + *t_lo;
-    *u = __div_hl(*t, *t_lo, d, d_lo, u_lo);
+    *u = __explog_div(*t, *t_lo, d, d_lo, u_lo);
 }
 
 }  // namespace krm::ldmath

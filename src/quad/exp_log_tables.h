@@ -22,13 +22,13 @@ extern const long_double _TBL_logl_hi[256];
 extern const long_double _TBL_logl_lo[256];
 
 // a * b as hi + *lo, the tail good to about 2^-220 of the product.
-long_double __mul_hl(const long_double &a, const long_double &b, long_double *lo);
+long_double __explog_mul(const long_double &a, const long_double &b, long_double *lo);
 // a + b as hi + *err, exactly, for any a and b (a NaN or an infinity
 // gives a meaningless *err).
-long_double __add_hl(const long_double &a, const long_double &b, long_double *err);
+long_double __explog_add(const long_double &a, const long_double &b, long_double *err);
 
 // (a + a_lo) / (b + b_lo) as hi + *lo, the tail good to about 2^-220.
-long_double __div_hl(const long_double &a, const long_double &a_lo, const long_double &b, const long_double &b_lo,
+long_double __explog_div(const long_double &a, const long_double &a_lo, const long_double &b, const long_double &b_lo,
                      long_double *lo);
 // For 0 <= x < 40: t = exp(x) - 1 and u = t / (1 + t) = 1 - exp(-x), both
 // as pairs; sinh x = (t + u) / 2 and cosh x = 1 + (t - u) / 2.

@@ -51,7 +51,7 @@ long_double exp2l(long_double x) {
     long_double r = x - long_double(k) * thirty_second;
     int m = k >> 5, j = k & 31;
     if (iszerol(r)) return __exp_finish(_TBL_expl_hi[j], _TBL_expl_lo[j], m);
-    long_double rl, rh = __mul_hl(r, c.ln2, &rl);
+    long_double rl, rh = __explog_mul(r, c.ln2, &rl);
     rl = rl + r * c.ln2_lo;
     int m2;
     long_double s_hi, s_lo;

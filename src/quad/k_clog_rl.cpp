@@ -30,14 +30,14 @@ long_double __k_clog_rl(long_double x, long_double y) {
         y = __scalbnl(y, -e);
     }
     long_double xx_lo, yy_lo;
-    long_double xx = __mul_hl(x, x, &xx_lo);
-    long_double yy = __mul_hl(y, y, &yy_lo);
+    long_double xx = __explog_mul(x, x, &xx_lo);
+    long_double yy = __explog_mul(y, y, &yy_lo);
     long_double hi, lo;
     // u = x*x + y*y - 1 as a pair: xx - 1 is exact when xx is in [1/2, 2].
     unsigned t = xx.word[0];
     if (e == 0 && t >= 0x3FFE0000u && t < 0x40000000u) {
         long_double e1;
-        long_double u = __add_hl(xx - one, yy, &e1);
+        long_double u = __explog_add(xx - one, yy, &e1);
         long_double u_lo = e1 + (xx_lo + yy_lo);
         long_double uh = u + u_lo;
         u_lo = u_lo - (uh - u);
@@ -47,7 +47,7 @@ long_double __k_clog_rl(long_double x, long_double y) {
         }
     }
     long_double e2;
-    long_double s = __add_hl(xx, yy, &e2);
+    long_double s = __explog_add(xx, yy, &e2);
     long_double s_lo = e2 + (xx_lo + yy_lo);
     long_double sh = s + s_lo;
     s_lo = s_lo - (sh - s);
@@ -59,7 +59,7 @@ long_double __k_clog_rl(long_double x, long_double y) {
     lo = lo * half;
     long_double fe(e), e3;
     long_double big = fe * c.ln2hi;  // exact
-    long_double h2 = __add_hl(big, hi, &e3);
+    long_double h2 = __explog_add(big, hi, &e3);
     return h2 + ((e3 + lo) + fe * c.ln2lo);
 }
 

@@ -24,7 +24,7 @@ long_double log10l(long_double x) {
     long_double lo;
     long_double hi = __log_hl(x, &lo, false);
     long_double p_lo;
-    long_double p = __mul_hl(hi, c.ivln10, &p_lo);
+    long_double p = __explog_mul(hi, c.ivln10, &p_lo);
     return p + (p_lo + (lo * c.ivln10 + hi * c.ivln10_lo));
 }
 

@@ -28,7 +28,7 @@ long_double log1pl(long_double x) {
     }
     // 1 + x as an exact pair y + e, then log y + e/y.
     long_double e;
-    long_double y = __add_hl(one, x, &e);
+    long_double y = __explog_add(one, x, &e);
     long_double lo;
     long_double hi = __log_hl(y, &lo, false);
     if (!iszerol(e)) lo = lo + e / y;

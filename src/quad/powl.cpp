@@ -72,7 +72,7 @@ long_double powl(long_double x, long_double y) {
     if (p > overflow_bound) return __scalbnl(sign, 20000);
     if (p < underflow_bound) return __scalbnl(sign, -40000);
     long_double p_lo;
-    p = __mul_hl(y, l, &p_lo);
+    p = __explog_mul(y, l, &p_lo);
     p_lo = p_lo + y * l_lo;
     int m;
     long_double s_hi, s_lo;

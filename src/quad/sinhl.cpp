@@ -25,9 +25,9 @@ long_double sinhl(long_double x) {
         int m;
         long_double s_hi, s_lo, q_lo, e0, e;
         __exp_pieces(ax, long_double(0u, 0u, 0u, 0u), &m, &s_hi, &s_lo);
-        long_double S = __add_hl(s_hi, s_lo, &e0);
-        long_double q = __div_hl(one, long_double(0u, 0u, 0u, 0u), S, e0, &q_lo);
-        long_double h = __add_hl(__scalbnl(S, m - 1), -__scalbnl(q, -m - 1), &e);
+        long_double S = __explog_add(s_hi, s_lo, &e0);
+        long_double q = __explog_div(one, long_double(0u, 0u, 0u, 0u), S, e0, &q_lo);
+        long_double h = __explog_add(__scalbnl(S, m - 1), -__scalbnl(q, -m - 1), &e);
         long_double rest = e + (__scalbnl(e0, m - 1) - __scalbnl(q_lo, -m - 1));
         if (neg) {
             h = -h;
@@ -40,7 +40,7 @@ long_double sinhl(long_double x) {
         // rounded once.
         long_double t, t_lo, u, u_lo, e;
         __sinh_cosh_parts(ax, &t, &t_lo, &u, &u_lo);
-        long_double s = __add_hl(t, u, &e);
+        long_double s = __explog_add(t, u, &e);
         long_double rest = e + (t_lo + u_lo);
         if (neg) {
             s = -s;

@@ -42,17 +42,17 @@ long_double tanhl(long_double x) {
         int m;
         long_double s_hi, s_lo, e0, e1;
         __exp_pieces(a, long_double(0u, 0u, 0u, 0u), &m, &s_hi, &s_lo);
-        long_double S = __add_hl(s_hi, s_lo, &e0);
-        t = __add_hl(__scalbnl(S, m), -one, &e1);
+        long_double S = __explog_add(s_hi, s_lo, &e0);
+        t = __explog_add(__scalbnl(S, m), -one, &e1);
         t_lo = e1 + __scalbnl(e0, m);
     } else {
         t = __expm1_hl(a, &t_lo);  // near zero
     }
     long_double d_lo;
-    long_double d = __add_hl(two, t, &d_lo);
+    long_double d = __explog_add(two, t, &d_lo);
     d_lo = d_lo + t_lo;
     long_double q_lo;
-    long_double q = __div_hl(t, t_lo, d, d_lo, &q_lo);
+    long_double q = __explog_div(t, t_lo, d, d_lo, &q_lo);
     if (neg) {
         q = -q;
         q_lo = -q_lo;
