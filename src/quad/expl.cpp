@@ -62,7 +62,13 @@ long_double exp2l(long_double x) {
     return __exp_finish(hi, lo, m);
 }
 
+// For |x| below 2^24 (the table step count must fit an int); the complex
+// functions call it a little beyond the overflow threshold.
 long_double __k_cexpl(long_double x, int *n) {
+    if (!finitel(x) || magnitude_top(x) >= 0x40170000u) {
+        *n = 0;
+        return expl(x);
+    }
     int m;
     long_double s_hi, s_lo;
     __exp_pieces(x, zero, &m, &s_hi, &s_lo);
