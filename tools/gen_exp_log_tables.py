@@ -57,10 +57,11 @@ consts += [("ln2hi", ln2hi), ("ln2lo", q.rounded(LN2 - ln2hi))]
 consts += [("ln2", LN2), ("ln2_lo", q.rounded(LN2 - q.rounded(LN2)))]
 consts += [("two113", mpmath.mpf(2) ** 113)]
 ivln10 = 1 / mpmath.log(10)
-consts += [("ivln10", ivln10), ("ivln10_lo", q.rounded(ivln10 - q.rounded(ivln10)))]
-l10_2 = mpmath.log10(2)
-l10_2hi = chopped(l10_2, 98)
-consts += [("log10_2hi", l10_2hi), ("log10_2lo", q.rounded(l10_2 - l10_2hi))]
+consts += [("ivln10", ivln10)]
+# 1/ln10 in 56 bits and the rest: a head of 56 bits times either half of
+# a split long_double is exact.
+ivln10_56 = chopped(ivln10, 56)
+consts += [("ivln10_56", ivln10_56), ("ivln10_56lo", q.rounded(ivln10 - ivln10_56))]
 
 # 256 rows by the top eight fraction bits of m in [1, 2). From row 106 on
 # (m >= 1.4140625) the row stands for m/2 and k + 1, so that the log of a

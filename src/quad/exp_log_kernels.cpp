@@ -58,7 +58,7 @@ long_double __log1p_hl(const long_double &u, const long_double &u_lo, long_doubl
         hf_lo = sq_lo * half + u * u_lo;
     } else {
         hf = u * u * half;
-        hf_lo = u * u_lo;
+        hf_lo = iszerol(u_lo) ? u_lo : u * u_lo;
     }
     long_double W = s * (hf + R);
     long_double err;
@@ -128,7 +128,8 @@ void __exp_pieces(const long_double &hi, const long_double &lo, int *m, long_dou
     long_double t = hi * c.invln2_32;
     int k = static_cast<int>(sign_of(t) ? t - half : t + half);
     long_double fk(k);
-    long_double r = ((hi - fk * c.ln2_32hi) - fk * c.ln2_32lo) + lo;
+    long_double r = (hi - fk * c.ln2_32hi) - fk * c.ln2_32lo;
+    if (!iszerol(lo)) r = r + lo;
     // expm1(r) = r + r^2 (t1 + ... + t11 r^10)
     long_double q =
         c.t1 + r * (c.t2 + r * (c.t3 + r * (c.t4 + r * (c.t5 + r * (c.t6 + r * (c.t7 + r * (c.t8 + r * (c.t9 + r * (c.t10 + r * c.t11)))))))));
@@ -140,10 +141,10 @@ void __exp_pieces(const long_double &hi, const long_double &lo, int *m, long_dou
 }
 
 long_double __exp_finish(const long_double &s_hi, const long_double &s_lo, int m) {
-    long_double err;
-    long_double s = fast_sum(s_hi, s_lo, &err);
+    long_double s = s_hi + s_lo;
     int field = static_cast<int>((s.word[0] >> 16) & 0x7FFFu);
     if (field + m >= 1) return __scalbnl(s, m);  // normal, or overflowing by __scalbnl's rounding
+    long_double err = s_lo - (s - s_hi);
     // A subnormal result: s is rounded to 113 bits already, and scaling it
     // rounds again. Only a tie of the second rounding can go wrong; there
     // the first rounding's error decides, by moving s one step its way.

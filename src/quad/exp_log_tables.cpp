@@ -29,9 +29,8 @@ const exp_log_constants _exp_log = {
     long_double(0xBF8A2A17u, 0xE1979B31u, 0xACE93A4Eu, 0xBE5D148Fu),  // ln2_lo
     long_double(0x40700000u, 0x00000000u, 0x00000000u, 0x00000000u),  // two113
     long_double(0x3FFDBCB7u, 0xB1526E50u, 0xE32A6AB7u, 0x555F5A68u),  // ivln10
-    long_double(0xBF8B1E6Eu, 0x08E5CFEDu, 0xD1B2EFEEu, 0x2E0695D8u),  // ivln10_lo
-    long_double(0x3FFD3441u, 0x3509F79Fu, 0xEF311F12u, 0xB3580000u),  // log10_2hi
-    long_double(0x3F996F92u, 0x2F04D5A6u, 0x18A87A3Eu, 0x69314BCEu),  // log10_2lo
+    long_double(0x3FFDBCB7u, 0xB1526E50u, 0xE4000000u, 0x00000000u),  // ivln10_56
+    long_double(0xBFC4AB2Au, 0x9155414Bu, 0x308F3704u, 0x72E7F6E9u),  // ivln10_56lo
     long_double(0x3FFE5555u, 0x55555555u, 0x55555555u, 0x55555555u),  // A1
     long_double(0x3FFD9999u, 0x99999999u, 0x99999999u, 0x9999999Au),  // A2
     long_double(0x3FFD2492u, 0x49249249u, 0x24924924u, 0x92492492u),  // A3

@@ -23,9 +23,12 @@ long_double log10l(long_double x) {
     if (hx == 0x3FFF0000u && (x.word[1] | x.word[2] | x.word[3]) == 0) return zero;
     long_double lo;
     long_double hi = __log_hl(x, &lo, false);
-    long_double p_lo;
-    long_double p = __explog_mul(hi, c.ivln10, &p_lo);
-    return p + (p_lo + (lo * c.ivln10 + hi * c.ivln10_lo));
+    // (hi + lo) / ln10 with 1/ln10 = c56 + c56lo, c56 of 56 bits: the head
+    // of hi (56 bits) times c56 is exact and so is the rest of hi times
+    // c56; everything else lies 2^-55 below.
+    long_double hh(hi.word[0], hi.word[1], hi.word[2] & 0xFE000000u, 0u);
+    long_double rest = ((hi - hh) * c.ivln10_56 + hi * c.ivln10_56lo) + lo * c.ivln10;
+    return hh * c.ivln10_56 + rest;
 }
 
 }  // namespace krm::ldmath
