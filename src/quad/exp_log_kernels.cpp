@@ -65,7 +65,7 @@ long_double __log1p_hl(const long_double &u, const long_double &u_lo, long_doubl
     long_double v = fast_sum(u, -hf, &err);
     long_double tail = ((err - hf_lo) + W) + u_lo;
     long_double hi = v + tail;
-    *lo = tail - (hi - v);
+    if (lo) *lo = tail - (hi - v);
     return hi;
 }
 
@@ -98,12 +98,9 @@ long_double __log_hl(long_double x, long_double *lo, bool precise) {
         u = __explog_add(mh * r - one, ml * r, &u_lo);
         if (j >= 106) k += 1;
     }
+    if (k == 0 && (j == 0 || j == 255)) return __log1p_hl(u, u_lo, lo, precise);
     long_double p_lo;
     long_double p = __log1p_hl(u, u_lo, &p_lo, precise);
-    if (k == 0 && (j == 0 || j == 255)) {
-        *lo = p_lo;
-        return p;
-    }
     // k ln2 + T + p: k * ln2hi is exact, and the table's head is smaller
     // than it unless k is 0.
     long_double fk(k);
@@ -118,7 +115,7 @@ long_double __log_hl(long_double x, long_double *lo, bool precise) {
     long_double s2 = __explog_add(s1, p, &e2);
     long_double t = ((e1 + e2) + (p_lo + (_TBL_logl_lo[j] + fk * c.ln2lo)));
     long_double hi = s2 + t;
-    *lo = t - (hi - s2);
+    if (lo) *lo = t - (hi - s2);
     return hi;
 }
 

@@ -35,10 +35,11 @@ long_double __explog_div(const long_double &a, const long_double &a_lo, const lo
 void __sinh_cosh_parts(const long_double &x, long_double *t, long_double *t_lo, long_double *u, long_double *u_lo);
 
 // log x as hi + *lo for a finite x > 0 (subnormals included), the pair
-// good to about 2^-128 relative. precise adds the exact square that
+// good to about 2^-128 relative; lo may be null when only the head (the
+// sum rounded once) is wanted. precise adds the exact square that
 // powl needs near 1.
 long_double __log_hl(long_double x, long_double *lo, bool precise);
-// log1p(u) as hi + *lo for u = u_hi + u_lo, |u_hi| <= 2^-8.
+// log1p(u) as hi + *lo for u = u_hi + u_lo, |u_hi| <= 2^-8; lo may be null.
 long_double __log1p_hl(const long_double &u_hi, const long_double &u_lo, long_double *lo, bool precise);
 
 // exp(hi + lo) = 2^*m (*s_hi + *s_lo), for |hi| below about 11500, the

@@ -18,9 +18,7 @@ long_double log1pl(long_double x) {
     }
     if (ix < 0x3F8D0000u) return x;  // |x| < 2^-114, zeros with their sign
     if (ix < 0x3FF70000u) {  // |x| < 2^-8: the series on x itself
-        long_double lo;
-        long_double hi = __log1p_hl(x, zero, &lo, false);
-        return hi;
+        return __log1p_hl(x, zero, nullptr, false);
     }
     if (sign_of(x) && ix >= 0x3FFF0000u) {  // x <= -1
         if (x == -one) return -one / zero;

@@ -19,8 +19,7 @@ long_double logl(long_double x) {
         return (x - x) / (x - x);  // negative: NaN
     }
     if (hx == 0x3FFF0000u && (x.word[1] | x.word[2] | x.word[3]) == 0) return zero;  // +0 in every direction
-    long_double lo;
-    return __log_hl(x, &lo, false);  // the head is the sum rounded once
+    return __log_hl(x, nullptr, false);  // the head is the sum rounded once
 }
 
 }  // namespace krm::ldmath
