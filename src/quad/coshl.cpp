@@ -4,7 +4,7 @@
 namespace {
 
 const long_double one(0x3FFF0000u, 0u, 0u, 0u);
-const long_double C(0x40044000u, 0u, 0u, 0u);  // 40: beyond, exp(|x|)/2 alone
+const unsigned C = 0x40044000u;  // top word of 40: beyond, exp(|x|)/2 alone
 
 }  // namespace
 
@@ -15,7 +15,7 @@ long_double coshl(long_double x) {
     if (ix >= 0x7FFF0000u) return x * x;  // NaN, or +inf
     long_double ax = fabsl(x);
     if (ix < 0x3FC60000u) return one + ax * ax;  // |x| < 2^-57: 1, or its neighbour in a directed rounding
-    if (ax < C) {
+    if (ix < C) {
         // (E + 1/E)/2 with E = exp|x| = 2^m (s_hi + s_lo) and 1/E as pairs:
         // a sum of two positive terms, so no cancellation anywhere.
         int m;

@@ -23,8 +23,10 @@ long_double expl(long_double x) {
     }
     // Beyond the thresholds the result is an infinity or a zero, rounded in
     // the current direction by the scaling.
-    if (x > c.ovflthreshold) return __scalbnl(one, 20000);
-    if (x < c.unflthreshold) return __scalbnl(one, -40000);
+    if (ix >= 0x400C62E4u) {  // |x| >= 11356.5: compare with the thresholds only up here
+        if (x > c.ovflthreshold) return __scalbnl(one, 20000);
+        if (x < c.unflthreshold) return __scalbnl(one, -40000);
+    }
     if (ix < 0x3F8D0000u) return one + x;  // |x| < 2^-114
     int m;
     long_double s_hi, s_lo;

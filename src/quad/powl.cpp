@@ -69,8 +69,10 @@ long_double powl(long_double x, long_double y) {
     long_double l = __log_hl(ax, &l_lo, true);
     long_double p = y * l;
     long_double sign = negate ? -one : one;
-    if (p > overflow_bound) return __scalbnl(sign, 20000);
-    if (p < underflow_bound) return __scalbnl(sign, -40000);
+    if (magnitude_top(p) >= 0x400C6440u) {  // |y log x| >= 11400
+        if (p > overflow_bound) return __scalbnl(sign, 20000);
+        if (p < underflow_bound) return __scalbnl(sign, -40000);
+    }
     long_double p_lo;
     p = __explog_mul(y, l, &p_lo);
     p_lo = p_lo + y * l_lo;

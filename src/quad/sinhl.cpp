@@ -6,7 +6,7 @@ namespace {
 const long_double one(0x3FFF0000u, 0u, 0u, 0u);
 const long_double half(0x3FFE0000u, 0u, 0u, 0u);
 // Above this exp(-|x|) no longer reaches the last bit: exp(|x|)/2 alone.
-const long_double C(0x40044000u, 0u, 0u, 0u);  // 40
+const unsigned C = 0x40044000u;  // top word of 40
 
 }  // namespace
 
@@ -18,7 +18,7 @@ long_double sinhl(long_double x) {
     if (ix < 0x3FC60000u) return x;        // |x| < 2^-57: x^3/6 is below the last bit
     long_double ax = fabsl(x);
     bool neg = sign_of(x);
-    if (ix >= 0x3FFD0000u && ax < C) {
+    if (ix >= 0x3FFD0000u && ix < C) {
         // |x| in [1/4, 40): (E - 1/E)/2 with E = exp|x| = 2^m (s_hi + s_lo)
         // and 1/E as pairs; the difference loses at most two bits, far
         // below the pairs' accuracy.
@@ -35,7 +35,7 @@ long_double sinhl(long_double x) {
         }
         return h + rest;
     }
-    if (ax < C) {
+    if (ix < C) {
         // Near zero: (t + u) / 2 with t = expm1|x|, u = 1 - exp(-|x|),
         // rounded once.
         long_double t, t_lo, u, u_lo, e;
