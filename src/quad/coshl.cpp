@@ -4,6 +4,7 @@
 namespace {
 
 const long_double one(0x3FFF0000u, 0u, 0u, 0u);
+const long_double half(0x3FFE0000u, 0u, 0u, 0u);
 const unsigned C = 0x40044000u;  // top word of 40: beyond, exp(|x|)/2 alone
 
 }  // namespace
@@ -15,6 +16,16 @@ long_double coshl(long_double x) {
     if (ix >= 0x7FFF0000u) return x * x;  // NaN, or +inf
     long_double ax = fabsl(x);
     if (ix < 0x3FC60000u) return one + ax * ax;  // |x| < 2^-57: 1, or its neighbour in a directed rounding
+    if (ix >= 0x40000000u && ix < C) {
+        // |x| in [2, 40): exp(|x|)/2 as a pair plus 1/(2 exp|x|), whose
+        // rounding error is far below the last bit of the sum.
+        int m;
+        long_double s_hi, s_lo;
+        __exp_pieces(ax, long_double(0u, 0u, 0u, 0u), &m, &s_hi, &s_lo);
+        long_double h = __scalbnl(s_hi, m - 1);
+        long_double rest = __scalbnl(s_lo, m - 1) + half / __scalbnl(s_hi + s_lo, m);
+        return h + rest;
+    }
     if (ix < C) {
         // (E + 1/E)/2 with E = exp|x| = 2^m (s_hi + s_lo) and 1/E as pairs:
         // a sum of two positive terms, so no cancellation anywhere.

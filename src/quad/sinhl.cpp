@@ -18,6 +18,20 @@ long_double sinhl(long_double x) {
     if (ix < 0x3FC60000u) return x;        // |x| < 2^-57: x^3/6 is below the last bit
     long_double ax = fabsl(x);
     bool neg = sign_of(x);
+    if (ix >= 0x40000000u && ix < C) {
+        // |x| in [2, 40): exp(|x|)/2 as a pair less 1/(2 exp|x|), whose
+        // rounding error is far below the last bit of the sum.
+        int m;
+        long_double s_hi, s_lo;
+        __exp_pieces(ax, long_double(0u, 0u, 0u, 0u), &m, &s_hi, &s_lo);
+        long_double h = __scalbnl(s_hi, m - 1);
+        long_double rest = __scalbnl(s_lo, m - 1) - half / __scalbnl(s_hi + s_lo, m);
+        if (neg) {
+            h = -h;
+            rest = -rest;
+        }
+        return h + rest;
+    }
     if (ix >= 0x3FFD0000u && ix < C) {
         // |x| in [1/4, 40): (E - 1/E)/2 with E = exp|x| = 2^m (s_hi + s_lo)
         // and 1/E as pairs; the difference loses at most two bits, far
