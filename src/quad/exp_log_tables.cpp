@@ -2,6 +2,7 @@
 //
 // expm1 polynomial error below 2^-120.5 relative; |u| <= 2^-8.00 in the log
 // reduction; log1p polynomial error below 2^-132.0 relative.
+// logl's direct series error below 2^-124.0 relative.
 #include "quad/exp_log_tables.h"
 
 namespace krm::ldmath {
@@ -38,6 +39,16 @@ const exp_log_constants _exp_log = {
     long_double(0x3FFC745Du, 0x1745D174u, 0x5D1745D1u, 0x745D1746u),  // A5
     long_double(0x3FFC3B13u, 0xB13B13B1u, 0x3B13B13Bu, 0x13B13B14u),  // A6
     long_double(0x3FFC1111u, 0x11111111u, 0x11111111u, 0x11111111u),  // A7
+    long_double(0x3FFE5555u, 0x55555555u, 0x55555555u, 0x55555555u),  // p1
+    long_double(0x3FFD9999u, 0x99999999u, 0x99999999u, 0x99999BCBu),  // p2
+    long_double(0x3FFD2492u, 0x49249249u, 0x24924924u, 0x9127FE14u),  // p3
+    long_double(0x3FFCC71Cu, 0x71C71C71u, 0xC71C723Au, 0xB89E177Cu),  // p4
+    long_double(0x3FFC745Du, 0x1745D174u, 0x5D0B8956u, 0x8F4CC378u),  // p5
+    long_double(0x3FFC3B13u, 0xB13B13B1u, 0xEA4062BEu, 0xA1B2ECDDu),  // p6
+    long_double(0x3FFC1111u, 0x11110AD9u, 0x717828A4u, 0xADAE454Eu),  // p7
+    long_double(0x3FFBE1E1u, 0xE227CC99u, 0xDEAF35CBu, 0x31220292u),  // p8
+    long_double(0x3FFBAF27u, 0x7E43ECD2u, 0xDCF73CA9u, 0x857E3874u),  // p9
+    long_double(0x3FFB87D6u, 0xED7E302Du, 0x581091B6u, 0xD6C9F103u),  // p10
 };
 
 const long_double _TBL_expl_hi[32] = {

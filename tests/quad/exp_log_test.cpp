@@ -146,6 +146,8 @@ samples log_samples() {
     append(xs, uniform(0.9, 1.1, scaled(2000), 53));                    // near 1
     append(xs, uniform(0.999, 1.001, scaled(1000), 54));
     append(xs, uniform(0.5, 2, scaled(2000), 55));                      // every table row
+    append(xs, uniform(0x1.e0f8p-1Q - 0x1p-12Q, 0x1.e0f8p-1Q + 0x1p-12Q, scaled(300), 57));  // the direct series' ends
+    append(xs, uniform(0x1.1085p0Q - 0x1p-12Q, 0x1.1085p0Q + 0x1p-12Q, scaled(300), 58));
     samples near1 = log_uniform(-112, -8, scaled(1000), 56);
     for (__float128 &x : near1) x = 1 + x;
     append(xs, near1);
