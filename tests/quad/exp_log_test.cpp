@@ -296,3 +296,19 @@ TEST(ExpLogAccuracy, ExpAsValueAndPowerOfTwo) {
 #endif
 
 }  // namespace
+
+namespace {
+
+// The exponentials put their subnormal results in place with __scalbnl;
+// its steps below the normal range must land on the right power.
+TEST(ExpLogSpecial, ScalingIntoSubnormals) {
+    const __float128 xs[] = {1, 1.5Q, 1.75Q, -1.25Q, 0x1.ffffffffffffffffffffffffffffp0Q, 3};
+    for (__float128 x : xs) {
+        for (int n : {-16382, -16383, -16400, -16493, -16494, -16495, -16496, -20000}) {
+            __float128 got = f128(krm::ldmath::__scalbnl(ld(x), n));
+            EXPECT_TRUE(same_value(got, ldexpq(x, n))) << show(x) << " * 2^" << n << " = " << show(got);
+        }
+    }
+}
+
+}  // namespace
