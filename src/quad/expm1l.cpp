@@ -22,8 +22,18 @@ long_double expm1l(long_double x) {
         if (sign_of(x)) return tiny - one;
         return expl(x);
     }
-    // The exp table's pieces, and 2^m s_hi - 1 as an exact pair, so that only
-    // the last addition rounds.
+    if (ix >= 0x3FFF0000u) {
+        // |x| >= 1: exp(x) is beyond e or below 1/e, so the subtraction of 1
+        // cancels little and the plain exp pieces suffice; 2^m s_hi - 1 is
+        // still taken exactly, and only the last addition rounds.
+        int m;
+        long_double s_hi, s_lo, err;
+        __exp_pieces(x, zero, &m, &s_hi, &s_lo);
+        long_double d = __explog_add(__scalbnl(s_hi, m), -one, &err);
+        return d + (err + __scalbnl(s_lo, m));
+    }
+    // Nearer zero the result may be far smaller than the table's row: the
+    // reduction, the polynomial and the row times it all as pairs.
     long_double lo;
     long_double hi = __expm1_hl(x, &lo);
     return hi + lo;

@@ -136,6 +136,7 @@ TEST(ExpLogAccuracy, Expm1) {
     append(xs, uniform(-1, 1, scaled(1000), 42));
     append(xs, uniform(-0.05, 0.05, scaled(1000), 43));
     append(xs, uniform(60, 11356, scaled(300), 44));
+    append(xs, uniform(-82, 82, scaled(1000), 45));  // both sides of the switch at |x| = 1 and at 80
     accuracy a = measure("expm1l", wrap<expm1_>, expm1q, mpfr_expm1, xs);
     EXPECT_LE(a.ours, 1.0) << "worst at " << show(a.worst_x);
 }
