@@ -11,8 +11,9 @@ const long_double one(0x3FFF0000u, 0u, 0u, 0u);
 const long_double two(0x40000000u, 0u, 0u, 0u);
 const long_double half(0x3FFE0000u, 0u, 0u, 0u);
 
-// The top 56 significant bits: products of two such halves, and of a half
-// and a 57-bit rest, are exact.
+// The top 56 significant bits: products of two such heads, and of a head
+// and a 57-bit rest, are exact; rest times rest rounds, 2^-226 below the
+// product, which is all the tails need.
 inline long_double top56(const long_double &a) {
     return long_double(a.word[0], a.word[1], a.word[2] & 0xFE000000u, 0u);
 }
