@@ -313,3 +313,57 @@ TEST(ExpLogSpecial, ScalingIntoSubnormals) {
 }
 
 }  // namespace
+
+#if defined(KRM_TEST_MPFR)
+
+#include "quad/exp_log_tables.h"
+
+namespace {
+
+// 2^m (hi + lo) rounded once to binary128, subnormals included, by MPFR.
+__float128 rounded_once(__float128 hi, __float128 lo, int m) {
+    mpfr_exp_t old_min = mpfr_get_emin(), old_max = mpfr_get_emax();
+    mpfr_t a, b, r;
+    mpfr_init2(a, 113);
+    mpfr_init2(b, 113);
+    mpfr_init2(r, 113);
+    mpfr_set_float128(a, hi, MPFR_RNDN);
+    mpfr_set_float128(b, lo, MPFR_RNDN);
+    mpfr_mul_2si(a, a, m, MPFR_RNDN);  // exact: 113-bit significands, MPFR's wide range
+    mpfr_mul_2si(b, b, m, MPFR_RNDN);
+    int t = mpfr_add(r, a, b, MPFR_RNDN);
+    mpfr_set_emin(-16493);  // binary128 in MPFR's exponent convention
+    mpfr_set_emax(16384);
+    t = mpfr_check_range(r, t, MPFR_RNDN);
+    t = mpfr_subnormalize(r, t, MPFR_RNDN);
+    __float128 v = mpfr_get_float128(r, MPFR_RNDN);
+    mpfr_set_emin(old_min);
+    mpfr_set_emax(old_max);
+    mpfr_clear(a);
+    mpfr_clear(b);
+    mpfr_clear(r);
+    return v;
+}
+
+// A subnormal result is rounded once: where the head alone sits on a tie
+// of the subnormal grid, the tail decides.
+TEST(ExpLogAccuracy, SubnormalResultsRoundOnce) {
+    struct row {
+        __float128 hi;
+        int m;
+    };
+    const row rows[] = {{1.5Q, -16494}, {1.25Q, -16493}, {1.75Q, -16493}, {1.0000000000000000000000000000000002Q, -16494},
+                        {1.5Q, -16440}, {1.0078125Q, -16420}};
+    for (const row &r : rows) {
+        for (__float128 lo : {0x1p-120Q, -0x1p-120Q, 0.0Q, 0x1p-200Q, -0x1p-200Q}) {
+            __float128 got = f128(krm::ldmath::__exp_finish(ld(r.hi), ld(lo), r.m));
+            __float128 want = rounded_once(r.hi, lo, r.m);
+            EXPECT_TRUE(same_bits_f(got, want)) << show(r.hi) << " + " << show(lo) << " times 2^" << r.m << ": got "
+                                                << show(got) << ", want " << show(want);
+        }
+    }
+}
+
+}  // namespace
+
+#endif
