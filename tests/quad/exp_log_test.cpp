@@ -4,6 +4,7 @@
 #include <quadmath.h>
 #include <string.h>
 
+#include "quad/exp_log_tables.h"
 #include "quad/exp_log_test_support.h"
 
 using namespace quadtest;
@@ -315,8 +316,6 @@ TEST(ExpLogSpecial, ScalingIntoSubnormals) {
 }  // namespace
 
 #if defined(KRM_TEST_MPFR)
-
-#include "quad/exp_log_tables.h"
 
 namespace {
 
