@@ -45,10 +45,13 @@ long_double __explog_add(const long_double &a, const long_double &b, long_double
     return fast_sum(b, a, err);
 }
 
-long_double __log1p_hl(const long_double &u, const long_double &u_lo, long_double *lo, bool precise) {
+namespace {
+
+// log1p(u) for u = u + u_lo, |u| <= 2^-8, as v + tail unsummed:
+// log1p(u) = u - u^2/2 + s (u^2/2 + R(s^2)), s = u / (2 + u): the error of
+// s only meets terms of order u^3.
+long_double log1p_parts(const long_double &u, const long_double &u_lo, bool precise, long_double *tail) {
     const exp_log_constants &c = _exp_log;
-    // log1p(u) = u - u^2/2 + s (u^2/2 + R(s^2)), s = u / (2 + u): the
-    // error of s only meets terms of order u^3.
     long_double s = u / (two + u);
     long_double z = s * s;
     long_double R = z * (c.A1 + z * (c.A2 + z * (c.A3 + z * (c.A4 + z * (c.A5 + z * (c.A6 + z * c.A7))))));
@@ -62,9 +65,17 @@ long_double __log1p_hl(const long_double &u, const long_double &u_lo, long_doubl
         hf_lo = iszerol(u_lo) ? u_lo : u * u_lo;
     }
     long_double W = s * (hf + R);
-    long_double err;
-    long_double v = fast_sum(u, -hf, &err);
-    long_double tail = ((err - hf_lo) + W) + u_lo;
+    long_double v = u - hf;  // exact error below: |hf| < |u|
+    long_double err = (u - v) - hf;
+    *tail = ((err - hf_lo) + W) + u_lo;
+    return v;
+}
+
+}  // namespace
+
+long_double __log1p_hl(const long_double &u, const long_double &u_lo, long_double *lo, bool precise) {
+    long_double tail;
+    long_double v = log1p_parts(u, u_lo, precise, &tail);
     long_double hi = v + tail;
     if (lo) *lo = tail - (hi - v);
     return hi;
@@ -101,22 +112,22 @@ long_double __log_hl(long_double x, long_double *lo, bool precise) {
     }
     if (k == 0 && (j == 0 || j == 255)) return __log1p_hl(u, u_lo, lo, precise);
     long_double p_lo;
-    long_double p = __log1p_hl(u, u_lo, &p_lo, precise);
+    long_double p = log1p_parts(u, u_lo, precise, &p_lo);
     // k ln2 + T + p: k * ln2hi is exact, and the table's head is smaller
     // than it unless k is 0.
-    long_double fk(k);
-    long_double big = fk * c.ln2hi, e1, e2;
-    long_double s1;
+    long_double s1, e1, e2, t;
     if (k != 0) {
-        s1 = fast_sum(big, _TBL_logl_hi[j], &e1);
+        long_double fk(k);
+        s1 = fast_sum(fk * c.ln2hi, _TBL_logl_hi[j], &e1);
+        long_double s2 = __explog_add(s1, p, &e2);
+        t = (e1 + e2) + (p_lo + (_TBL_logl_lo[j] + fk * c.ln2lo));
+        s1 = s2;
     } else {
-        s1 = _TBL_logl_hi[j];
-        e1 = long_double(0u, 0u, 0u, 0u);
+        s1 = __explog_add(_TBL_logl_hi[j], p, &e2);
+        t = e2 + (p_lo + _TBL_logl_lo[j]);
     }
-    long_double s2 = __explog_add(s1, p, &e2);
-    long_double t = ((e1 + e2) + (p_lo + (_TBL_logl_lo[j] + fk * c.ln2lo)));
-    long_double hi = s2 + t;
-    if (lo) *lo = t - (hi - s2);
+    long_double hi = s1 + t;
+    if (lo) *lo = t - (hi - s1);
     return hi;
 }
 
