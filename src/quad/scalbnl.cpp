@@ -6,7 +6,7 @@ namespace {
 const long_double two16383(0x7FFE0000u, 0u, 0u, 0u);
 // 2^-16382 * 2^113: a step down that keeps 113 bits clear of the
 // subnormals, so that only the last multiplication can round.
-const long_double twom16269(0x00710000u, 0u, 0u, 0u);
+const long_double twom16269(0x00720000u, 0u, 0u, 0u);
 
 long_double power_of_two(int n) {  // -16382 <= n <= 16383
     return long_double(static_cast<unsigned>(n + 16383) << 16, 0u, 0u, 0u);
