@@ -1,0 +1,161 @@
+// atan: a series near zero, the table of atan at 32 breakpoints a binade
+// from 2^-7 to 2^7 with atan(x) = atan(b) + atan((x - b) / (1 + x b)), and
+// pi/2 - atan(1/x) above. The reduced argument stays within 2^-7, where the
+// series q1..q7 is good to 2^-128.
+#include "quad/inv_trig.h"
+
+namespace {
+
+#include "quad/inv_trig_constants.inc"
+
+const long_double one(0x3FFF0000u, 0u, 0u, 0u);
+
+// atan(s) - s for |s| <= 2^-7.
+inline long_double series_rest(const long_double &s) {
+    long_double z = s * s;
+    long_double q = ((((((q7 * z + q6) * z + q5) * z + q4) * z + q3) * z + q2) * z + q1);
+    return s * z * q;
+}
+
+// hi + lo + s + c as a head and tail: hi dominates, s + c is small.
+inline long_double gather(const long_double &hi, const long_double &lo, const long_double &s, const long_double &c,
+                          long_double *tail) {
+    long_double w = c + lo;
+    long_double r = s + w;
+    long_double re = (s - r) + w;
+    long_double head = hi + r;
+    *tail = ((hi - head) + r) + re;
+    return head;
+}
+
+// pi/2 - (s + c) as a head and tail, 0 <= s <= 2^-7.
+inline long_double from_pio2(const long_double &s, const long_double &c, long_double *tail) {
+    long_double h = pio2hi - s;
+    long_double e = (pio2hi - h) - s;
+    long_double t = e + (pio2lo - c);
+    long_double head = h + t;
+    *tail = (h - head) + t;
+    return head;
+}
+
+// The row of a breakpoint top word.
+inline int row_of(unsigned top) { return static_cast<int>((top - 0x3FF80000u) >> 11); }
+
+// atan(|x|) as a head and tail, for finite |x|.
+long_double atan_magnitude(const long_double &ax, long_double *tail) {
+    using namespace krm::ldmath;
+    unsigned ix = magnitude_top(ax);
+    if (ix < 0x3FF80000u) {  // |x| < 2^-7: the series alone
+        if (ix < 0x3FC60000u) {  // |x| < 2^-57: atan(x) rounds to x
+            *tail = ax * ax * ax * q1;
+            return ax;
+        }
+        long_double c = series_rest(ax);
+        long_double head = ax + c;
+        *tail = (ax - head) + c;
+        return head;
+    }
+    if (ix < 0x40060000u) {
+        unsigned tb = (ix + 0x400u) & 0x7FFFF800u;
+        int i = row_of(tb);
+        long_double b(tb, 0u, 0u, 0u);
+        // x - b is exact (b lies within a factor of two of x).
+        long_double s = (ax - b) / (one + ax * b);
+        return gather(_TBL_atanl_hi[i], _TBL_atanl_lo[i], s, series_rest(s), tail);
+    }
+    // |x| >= 2^7: pi/2 - atan(1/x); 1/x carries a relative error of 2^-113,
+    // which is 2^-120 of the result.
+    long_double t = one / ax;
+    return from_pio2(t, series_rest(t), tail);
+}
+
+}  // namespace
+
+namespace krm::ldmath {
+
+long_double __atan_ratio(long_double y, long_double x, long_double *tail) {
+    if (iszerol(y)) {
+        *tail = y;
+        return y;
+    }
+    int ey = ilogbl(y), ex = ilogbl(x);
+    int k = ey - ex;
+    if (k < -70) {  // atan(q) = q (1 - q^2/3), and q^2 < 2^-138
+        *tail = long_double(0);
+        return y / x;
+    }
+    if (k > 120) {
+        long_double t = x / y;
+        return from_pio2(t, long_double(0), tail);
+    }
+    // Scale the greater to [1, 2): the lesser stays normal, no product below
+    // can overflow or underflow, and the split halves are exact.
+    int m = ey > ex ? ey : ex;
+    y = __scalbnl(y, -m);
+    x = __scalbnl(x, -m);
+    double qd = static_cast<double>(y) / static_cast<double>(x);
+    bool swap = qd > 128.0;
+    if (swap || qd < 0.0078125) {
+        // A ratio q under 2^-7 (or over 2^7, taken the other way round), with
+        // its rounding error from the exact remainder n - q d.
+        const long_double &n = swap ? x : y;
+        const long_double &d = swap ? y : x;
+        long_double q = n / d, pe;
+        long_double p = exact::two_prod(q, d, &pe);
+        long_double ql = ((n - p) - pe) / d;
+        long_double c = series_rest(q) + ql;
+        if (swap) return from_pio2(q, c, tail);
+        long_double head = q + c;
+        *tail = (q - head) + c;
+        return head;
+    }
+    // The breakpoint nearest the ratio, and s = (y - b x) / (x + b y) with an
+    // exact numerator: b has 6 bits and the top 106 bits of x times b are
+    // exact; y - b xh is exact since they are within a factor of two.
+    unsigned tb = (top_word(long_double(qd)) + 0x400u) & 0x7FFFF800u;
+    int i = row_of(tb);
+    long_double b(tb, 0u, 0u, 0u);
+    long_double xh = x;
+    xh.word[3] &= 0xFFFFFF80u;
+    long_double xl = x - xh;
+    long_double num = (y - b * xh) - b * xl;
+    long_double s = num / (x + b * y);
+    return gather(_TBL_atanl_hi[i], _TBL_atanl_lo[i], s, series_rest(s), tail);
+}
+
+long_double mx_atanl(long_double x, long_double *tail) {
+    unsigned ix = magnitude_top(x);
+    if (ix >= 0x7FFF0000u) {
+        if (isnanl(x)) {
+            *tail = x + x;
+            return *tail;
+        }
+        // atan(+-inf): pi/2 rounded in the current direction.
+        if (sign_of(x)) {
+            long_double h = -pio2hi - pio2lo;
+            *tail = (-pio2hi - h) - pio2lo;
+            return h;
+        }
+        long_double h = pio2hi + pio2lo;
+        *tail = (pio2hi - h) + pio2lo;
+        return h;
+    }
+    long_double head = atan_magnitude(fabsl(x), tail);
+    if (sign_of(x)) {
+        *tail = -*tail;
+        return -head;
+    }
+    return head;
+}
+
+long_double atanl(long_double x) {
+    long_double tail;
+    return mx_atanl(x, &tail);
+}
+
+}  // namespace krm::ldmath
+
+extern "C" KRM_API void __Qatan(krm_real16 *result, const krm_real16 *x) {
+    using namespace krm::ldmath;
+    store(result, atanl(load(x)));
+}
