@@ -90,6 +90,10 @@ def main():
              "// atan(s) = s + s z (q1 + q2 z + ... + q7 z^6), z = s * s",
              ""]
     lines += qf.emit_constants(consts)
+    lines.append("// q5..q7 again as doubles: the terms from z^4 on are below 2^-56 of the")
+    lines.append("// sum, so double precision is enough for them.")
+    for j in (5, 6, 7):
+        lines.append("const double q%dd = %s;" % (j, float(c[j - 1]).hex()))
     lines.append("")
     for name, v in pairs:
         h, lo = qf.hi_lo(v)

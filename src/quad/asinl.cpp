@@ -7,7 +7,6 @@ namespace {
 #include "quad/inv_trig_constants.inc"
 
 const long_double one(0x3FFF0000u, 0u, 0u, 0u);
-const long_double half(0x3FFE0000u, 0u, 0u, 0u);
 const long_double sixth(0x3FFC5555u, 0x55555555u, 0x55555555u, 0x55555555u);
 
 }  // namespace
@@ -16,13 +15,19 @@ namespace krm::ldmath {
 
 long_double __root_one_minus_square(const long_double &x, long_double *rl) {
     long_double pe;
-    long_double p = exact::two_prod(x, x, &pe);
-    long_double w = one - p;  // p < 1
-    long_double we = ((one - w) - p) - pe;
+    long_double p = exact::two_square(x, &pe);
+    long_double w0 = one - p;  // p < 1
+    long_double we0 = ((one - w0) - p) - pe;
+    // Renormalised, so that the tail is under half an ulp of the head (near
+    // |x| = 1 the tail of the square is a large part of 1 - x^2).
+    long_double w = w0 + we0;
+    long_double we = (w0 - w) + we0;
     long_double r = sqrtl(w), re;
-    long_double rr = exact::two_prod(r, r, &re);
-    // w - r^2 is exact: r^2 lies within an ulp of w.
-    *rl = (((w - rr) - re) + we) * half / r;
+    long_double rr = exact::two_square(r, &re);
+    // w - r^2 is exact (r^2 lies within an ulp of w); the correction is
+    // about 2^-113 of r and wanted to a few bits only, so double will do.
+    double d = (static_cast<double>(w - rr) - static_cast<double>(re)) + static_cast<double>(we);
+    *rl = long_double(d * 0.5 / static_cast<double>(r));
     return r;
 }
 

@@ -47,7 +47,7 @@ long_double __k_atan2l(long_double y, long_double x, long_double *tail) {
     if (iszerol(ax) || isinfl(ay)) return constant(PIo2, PIo2_lo, yneg, tail);
 
     long_double at;
-    long_double a = __atan_ratio(ay, ax, &at);
+    long_double a = __atan_ratio(ay, ax, tail || xneg ? &at : nullptr);
     long_double head;
     if (xneg) {  // pi - a, with a <= pi/2
         long_double h = PI - a;
@@ -58,17 +58,15 @@ long_double __k_atan2l(long_double y, long_double x, long_double *tail) {
     } else {
         head = a;
     }
-    if (yneg) {
-        *tail = -at;
-        return -head;
-    }
-    *tail = at;
-    return head;
+    if (tail) *tail = yneg ? -at : at;
+    return yneg ? -head : head;
 }
 
 long_double atan2l(long_double y, long_double x) {
     long_double tail;
-    return __k_atan2l(y, x, &tail);
+    if (isnanl(x) || isnanl(y) || !finitel(x) || !finitel(y) || iszerol(x) || iszerol(y))
+        return __k_atan2l(y, x, &tail);
+    return __k_atan2l(y, x, nullptr);
 }
 
 long_double atan2pil(long_double y, long_double x) {

@@ -10,17 +10,22 @@ namespace {
 
 const long_double one(0x3FFF0000u, 0u, 0u, 0u);
 
-// atan(s) - s for |s| <= 2^-7.
+// atan(s) - s for |s| <= 2^-7. The terms from z^4 on are under 2^-56 of
+// the sum and are taken in double precision.
 inline long_double series_rest(const long_double &s) {
     long_double z = s * s;
-    long_double q = ((((((q7 * z + q6) * z + q5) * z + q4) * z + q3) * z + q2) * z + q1);
+    double zd = static_cast<double>(z);
+    long_double r((q7d * zd + q6d) * zd + q5d);
+    long_double q = (((r * z + q4) * z + q3) * z + q2) * z + q1;
     return s * z * q;
 }
 
-// hi + lo + s + c as a head and tail: hi dominates, s + c is small.
+// hi + lo + s + c as a head and, when tail is not null, a tail: hi
+// dominates, s + c is small.
 inline long_double gather(const long_double &hi, const long_double &lo, const long_double &s, const long_double &c,
                           long_double *tail) {
     long_double w = c + lo;
+    if (!tail) return hi + (s + w);
     long_double r = s + w;
     long_double re = (s - r) + w;
     long_double head = hi + r;
@@ -28,8 +33,9 @@ inline long_double gather(const long_double &hi, const long_double &lo, const lo
     return head;
 }
 
-// pi/2 - (s + c) as a head and tail, 0 <= s <= 2^-7.
+// pi/2 - (s + c) as a head and tail (when tail is not null), 0 <= s <= 2^-7.
 inline long_double from_pio2(const long_double &s, const long_double &c, long_double *tail) {
+    if (!tail) return pio2hi + ((pio2lo - c) - s);
     long_double h = pio2hi - s;
     long_double e = (pio2hi - h) - s;
     long_double t = e + (pio2lo - c);
@@ -41,18 +47,18 @@ inline long_double from_pio2(const long_double &s, const long_double &c, long_do
 // The row of a breakpoint top word.
 inline int row_of(unsigned top) { return static_cast<int>((top - 0x3FF80000u) >> 11); }
 
-// atan(|x|) as a head and tail, for finite |x|.
+// atan(|x|) for finite |x|, with its tail when tail is not null.
 long_double atan_magnitude(const long_double &ax, long_double *tail) {
     using namespace krm::ldmath;
     unsigned ix = magnitude_top(ax);
     if (ix < 0x3FF80000u) {  // |x| < 2^-7: the series alone
         if (ix < 0x3FC60000u) {  // |x| < 2^-57: atan(x) rounds to x
-            *tail = ax * ax * ax * q1;
+            if (tail) *tail = ax * ax * ax * q1;
             return ax;
         }
         long_double c = series_rest(ax);
         long_double head = ax + c;
-        *tail = (ax - head) + c;
+        if (tail) *tail = (ax - head) + c;
         return head;
     }
     if (ix < 0x40060000u) {
@@ -75,24 +81,33 @@ namespace krm::ldmath {
 
 long_double __atan_ratio(long_double y, long_double x, long_double *tail) {
     if (iszerol(y)) {
-        *tail = y;
+        if (tail) *tail = y;
         return y;
     }
-    int ey = ilogbl(y), ex = ilogbl(x);
-    int k = ey - ex;
+    unsigned fy = magnitude_top(y) >> 16, fx = magnitude_top(x) >> 16;
+    int k = static_cast<int>(fy) - static_cast<int>(fx);
+    // Between 2^-767 and 2^767 both are normal doubles and stay clear of
+    // overflow and underflow in every product below; elsewhere scale the
+    // greater to [1, 2), so that the lesser stays normal and the split halves
+    // are exact.
+    bool moderate = fy - 0x3D00u < 0x5FEu && fx - 0x3D00u < 0x5FEu;
+    if (!moderate) {
+        int ey = ilogbl(y), ex = ilogbl(x);
+        k = ey - ex;
+        if (k >= -70 && k <= 120) {
+            int m = ey > ex ? ey : ex;
+            y = __scalbnl(y, -m);
+            x = __scalbnl(x, -m);
+        }
+    }
     if (k < -70) {  // atan(q) = q (1 - q^2/3), and q^2 < 2^-138
-        *tail = long_double(0);
+        if (tail) *tail = long_double(0);
         return y / x;
     }
     if (k > 120) {
         long_double t = x / y;
         return from_pio2(t, long_double(0), tail);
     }
-    // Scale the greater to [1, 2): the lesser stays normal, no product below
-    // can overflow or underflow, and the split halves are exact.
-    int m = ey > ex ? ey : ex;
-    y = __scalbnl(y, -m);
-    x = __scalbnl(x, -m);
     double qd = static_cast<double>(y) / static_cast<double>(x);
     bool swap = qd > 128.0;
     if (swap || qd < 0.0078125) {
@@ -106,7 +121,7 @@ long_double __atan_ratio(long_double y, long_double x, long_double *tail) {
         long_double c = series_rest(q) + ql;
         if (swap) return from_pio2(q, c, tail);
         long_double head = q + c;
-        *tail = (q - head) + c;
+        if (tail) *tail = (q - head) + c;
         return head;
     }
     // The breakpoint nearest the ratio, and s = (y - b x) / (x + b y) with an
@@ -149,8 +164,13 @@ long_double mx_atanl(long_double x, long_double *tail) {
 }
 
 long_double atanl(long_double x) {
-    long_double tail;
-    return mx_atanl(x, &tail);
+    unsigned ix = magnitude_top(x);
+    if (ix >= 0x7FFF0000u) {
+        long_double tail;
+        return mx_atanl(x, &tail);
+    }
+    long_double head = atan_magnitude(fabsl(x), nullptr);
+    return sign_of(x) ? -head : head;
 }
 
 }  // namespace krm::ldmath

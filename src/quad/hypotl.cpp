@@ -39,12 +39,12 @@ long_double hypotl(long_double x, long_double y) {
         b = __scalbnl(b, -scale);
     }
     long_double ae, be;
-    long_double a2 = exact::two_prod(a, a, &ae);
-    long_double b2 = exact::two_prod(b, b, &be);
+    long_double a2 = exact::two_square(a, &ae);
+    long_double b2 = exact::two_square(b, &be);
     long_double s = a2 + b2;
     long_double se = (((a2 - s) + b2) + ae) + be;
     long_double r = sqrtl(s), re;
-    long_double rr = exact::two_prod(r, r, &re);
+    long_double rr = exact::two_square(r, &re);
     long_double c = (((s - rr) - re) + se) * half / r;
     long_double h = r + c;
     return scale ? __scalbnl(h, scale) : h;

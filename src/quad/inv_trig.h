@@ -12,7 +12,8 @@ namespace krm::ldmath {
 extern const long_double _TBL_atanl_hi[];
 extern const long_double _TBL_atanl_lo[];
 
-// atan(y / x) for finite y >= 0, x > 0 (not both zero), as a head and tail.
+// atan(y / x) for finite y >= 0, x > 0, as a head and (when tail is not
+// null) a tail.
 long_double __atan_ratio(long_double y, long_double x, long_double *tail);
 // asin and acos as a head and tail; |x| <= 1, x not a NaN.
 long_double __asin_hl(long_double x, long_double *tail);
@@ -38,6 +39,14 @@ inline long_double two_prod(const long_double &a, const long_double &b, long_dou
     long_double ah = high_half(a), al = a - ah;
     long_double bh = high_half(b), bl = b - bh;
     *e = (((ah * bh - p) + ah * bl) + al * bh) + al * bl;
+    return p;
+}
+
+// a * a = p + *e, as two_prod with one product fewer.
+inline long_double two_square(const long_double &a, long_double *e) {
+    long_double p = a * a;
+    long_double ah = high_half(a), al = a - ah;
+    *e = ((ah * ah - p) + (ah + ah) * al) + al * al;
     return p;
 }
 
