@@ -31,12 +31,6 @@ __float128 f128(const long_double &x) {
     return to_f128(s);
 }
 
-void hypot_entry(krm_real16 *r, const krm_real16 *x, const krm_real16 *y) {
-    store(r, krm::ldmath::hypotl(load(x), load(y)));
-}
-void atan2pi_entry(krm_real16 *r, const krm_real16 *y, const krm_real16 *x) {
-    store(r, krm::ldmath::atan2pil(load(y), load(x)));
-}
 
 bool same(__float128 a, __float128 b) {
     if (isnanq(a) || isnanq(b)) return isnanq(a) && isnanq(b);
@@ -238,6 +232,13 @@ TEST(InverseTrigEntries, HeadAndTailForms) {
 
 // --- Accuracy against MPFR, beside libquadmath.
 
+void hypot_entry(krm_real16 *r, const krm_real16 *x, const krm_real16 *y) {
+    store(r, krm::ldmath::hypotl(load(x), load(y)));
+}
+void atan2pi_entry(krm_real16 *r, const krm_real16 *y, const krm_real16 *x) {
+    store(r, krm::ldmath::atan2pil(load(y), load(x)));
+}
+
 int exact_atand(mpfr_ptr r, mpfr_srcptr x, mpfr_rnd_t rnd) { return mpfr_atanu(r, x, 360, rnd); }
 int exact_asind(mpfr_ptr r, mpfr_srcptr x, mpfr_rnd_t rnd) { return mpfr_asinu(r, x, 360, rnd); }
 int exact_acosd(mpfr_ptr r, mpfr_srcptr x, mpfr_rnd_t rnd) { return mpfr_acosu(r, x, 360, rnd); }
@@ -365,6 +366,36 @@ TEST(InverseTrigAccuracy, Hypot) {
         ys.push_back(small[i] * any[i]);
     }
     expect_accurate(measure("hypot", hypot_entry, hypotq, mpfr_hypot, xs, ys));
+}
+
+// In the directed roundings every operation rounds one way, and the exact
+// two-sum and two-product steps are no longer exact; the results must stay
+// close all the same.
+TEST(InverseTrigAccuracy, DirectedRoundings) {
+    long n = scaled(300);
+    samples xs = log_uniform(-20, 10, n, 30), us = uniform(-1.0Q, 1.0Q, n, 31), ys = log_uniform(-20, 10, n, 32);
+    samples near_one = log_uniform(-113, -1, n / 4, 33, false);
+    for (__float128 d : near_one) us.push_back(1 - d);
+    for (int k = 1; k < 4; ++k) {
+        const direction &dir = directions[k];
+        rounding_scope scope(dir.fe);
+        struct {
+            const char *what;
+            accuracy a;
+        } got[] = {
+            {"atan", measure("atan", __Qatan, nullptr, mpfr_atan, xs)},
+            {"atand", measure("atand", __Qatand, nullptr, exact_atand, xs)},
+            {"asin", measure("asin", __Qasin, nullptr, mpfr_asin, us)},
+            {"acos", measure("acos", __Qacos, nullptr, mpfr_acos, us)},
+            {"acosd", measure("acosd", __Qacosd, nullptr, exact_acosd, us)},
+            {"cbrt", measure("cbrt", __Qcbrt, nullptr, mpfr_cbrt, xs)},
+            {"atan2", measure("atan2", __Qatan2, nullptr, mpfr_atan2, ys, xs)},
+            {"hypot", measure("hypot", hypot_entry, nullptr, mpfr_hypot, ys, xs)},
+        };
+        for (const auto &g : got)
+            EXPECT_LE(g.a.ours, 1.5) << g.what << " rounding " << dir.name << ", worst at " << show(g.a.worst_x)
+                                     << ", " << show(g.a.worst_y);
+    }
 }
 
 #endif  // KRM_TEST_MPFR
