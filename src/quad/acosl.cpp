@@ -18,31 +18,29 @@ long_double __acos_hl(long_double x, long_double *tail) {
     if (ix < 0x3FC60000u) {  // |x| < 2^-57: pi/2 - x, the cube term below 2^-170
         long_double t = pio2lo - x;
         long_double head = pio2hi + t;
-        *tail = (pio2hi - head) + t;
+        if (tail) *tail = (pio2hi - head) + t;
         return head;
     }
     long_double ax = fabsl(x), a, at;
+    bool negative = sign_of(x);
     if (ax == one) {
         a = zero;
         at = zero;
     } else {
         long_double rl;
         long_double r = __root_one_minus_square(ax, &rl);
-        a = __atan_ratio(r, ax, &at);
-        // atan((r + rl) / x) = atan(r / x) + x rl / (x^2 + r^2), and x^2 + r^2 = 1.
-        at = at + ax * rl;
+        a = __atan_ratio(r, rl, ax, zero, tail || negative ? &at : nullptr);
     }
-    if (!sign_of(x)) {
-        long_double head = a + at;
-        *tail = (a - head) + at;
-        return head;
+    if (!negative) {
+        if (tail) *tail = at;
+        return a;
     }
     // pi - acos(|x|)
     long_double h = PI - a;
     long_double e = (PI - h) - a;
     long_double t = e + (PI_lo - at);
     long_double head = h + t;
-    *tail = (h - head) + t;
+    if (tail) *tail = (h - head) + t;
     return head;
 }
 
@@ -52,8 +50,7 @@ long_double acosl(long_double x) {
         if (isnanl(x)) return x + x;
         if (fabsl(x) != one) return zero / zero;
     }
-    long_double tail;
-    return __acos_hl(x, &tail);
+    return __acos_hl(x, nullptr);
 }
 
 }  // namespace krm::ldmath

@@ -34,24 +34,20 @@ long_double __root_one_minus_square(const long_double &x, long_double *rl) {
 long_double __asin_hl(long_double x, long_double *tail) {
     unsigned ix = magnitude_top(x);
     if (ix < 0x3FC60000u) {  // |x| < 2^-57: asin(x) = x + x^3/6 rounds to x
-        *tail = x * x * x * sixth;
+        if (tail) *tail = x * x * x * sixth;
         return x;
     }
     long_double ax = fabsl(x), head;
     if (ax == one) {
         head = pio2hi + pio2lo;
-        *tail = (pio2hi - head) + pio2lo;
+        if (tail) *tail = (pio2hi - head) + pio2lo;
     } else {
-        long_double rl, at;
+        long_double rl;
         long_double r = __root_one_minus_square(ax, &rl);
-        long_double a = __atan_ratio(ax, r, &at);
-        // atan(x / (r + rl)) = atan(x / r) - x rl / (x^2 + r^2), and x^2 + r^2 = 1.
-        long_double c = at - ax * rl;
-        head = a + c;
-        *tail = (a - head) + c;
+        head = __atan_ratio(ax, long_double(0u, 0u, 0u, 0u), r, rl, tail);
     }
     if (sign_of(x)) {
-        *tail = -*tail;
+        if (tail) *tail = -*tail;
         return -head;
     }
     return head;
@@ -63,8 +59,7 @@ long_double asinl(long_double x) {
         if (isnanl(x)) return x + x;
         if (fabsl(x) != one) return (x - x) / (x - x);
     }
-    long_double tail;
-    return __asin_hl(x, &tail);
+    return __asin_hl(x, nullptr);
 }
 
 }  // namespace krm::ldmath

@@ -47,7 +47,8 @@ long_double __k_atan2l(long_double y, long_double x, long_double *tail) {
     if (iszerol(ax) || isinfl(ay)) return constant(PIo2, PIo2_lo, yneg, tail);
 
     long_double at;
-    long_double a = __atan_ratio(ay, ax, tail || xneg ? &at : nullptr);
+    const long_double zero(0u, 0u, 0u, 0u);
+    long_double a = __atan_ratio(ay, zero, ax, zero, tail || xneg ? &at : nullptr);
     long_double head;
     if (xneg) {  // pi - a, with a <= pi/2
         long_double h = PI - a;

@@ -79,7 +79,7 @@ long_double atan_magnitude(const long_double &ax, long_double *tail) {
 
 namespace krm::ldmath {
 
-long_double __atan_ratio(long_double y, long_double x, long_double *tail) {
+long_double __atan_ratio(long_double y, long_double yl, long_double x, long_double xl, long_double *tail) {
     if (iszerol(y)) {
         if (tail) *tail = y;
         return y;
@@ -98,27 +98,32 @@ long_double __atan_ratio(long_double y, long_double x, long_double *tail) {
             int m = ey > ex ? ey : ex;
             y = __scalbnl(y, -m);
             x = __scalbnl(x, -m);
+            yl = __scalbnl(yl, -m);
+            xl = __scalbnl(xl, -m);
         }
     }
     if (k < -70) {  // atan(q) = q (1 - q^2/3), and q^2 < 2^-138
         if (tail) *tail = long_double(0);
-        return y / x;
+        return (y + yl) / (x + xl);
     }
     if (k > 120) {
-        long_double t = x / y;
+        long_double t = (x + xl) / (y + yl);
         return from_pio2(t, long_double(0), tail);
     }
+    bool tails = !iszerol(yl) || !iszerol(xl);
     double qd = static_cast<double>(y) / static_cast<double>(x);
     bool swap = qd > 128.0;
     if (swap || qd < 0.0078125) {
         // A ratio q under 2^-7 (or over 2^7, taken the other way round), with
-        // its rounding error from the exact remainder n - q d.
+        // its rounding error from the exact remainder n - q d (and the tails:
+        // (n + nl) / (d + dl) = q + (n - q d + nl - q dl) / d).
         const long_double &n = swap ? x : y;
         const long_double &d = swap ? y : x;
         long_double q = n / d, pe;
         long_double p = exact::two_prod(q, d, &pe);
-        long_double ql = ((n - p) - pe) / d;
-        long_double c = series_rest(q) + ql;
+        long_double rem = (n - p) - pe;
+        if (tails) rem = rem + ((swap ? xl : yl) - q * (swap ? yl : xl));
+        long_double c = series_rest(q) + rem / d;
         if (swap) return from_pio2(q, c, tail);
         long_double head = q + c;
         if (tail) *tail = (q - head) + c;
@@ -132,8 +137,8 @@ long_double __atan_ratio(long_double y, long_double x, long_double *tail) {
     long_double b(tb, 0u, 0u, 0u);
     long_double xh = x;
     xh.word[3] &= 0xFFFFFF80u;
-    long_double xl = x - xh;
-    long_double num = (y - b * xh) - b * xl;
+    long_double num = (y - b * xh) - b * (x - xh);
+    if (tails) num = num + (yl - b * xl);
     long_double s = num / (x + b * y);
     return gather(_TBL_atanl_hi[i], _TBL_atanl_lo[i], s, series_rest(s), tail);
 }

@@ -12,10 +12,12 @@ namespace krm::ldmath {
 extern const long_double _TBL_atanl_hi[];
 extern const long_double _TBL_atanl_lo[];
 
-// atan(y / x) for finite y >= 0, x > 0, as a head and (when tail is not
-// null) a tail.
-long_double __atan_ratio(long_double y, long_double x, long_double *tail);
-// asin and acos as a head and tail; |x| <= 1, x not a NaN.
+// atan((y + yl) / (x + xl)) for finite y >= 0, x > 0, as a head and (when
+// tail is not null) a tail; yl and xl are tails under an ulp of y and x, or
+// zero.
+long_double __atan_ratio(long_double y, long_double yl, long_double x, long_double xl, long_double *tail);
+// asin and acos as a head and tail (when tail is not null); |x| <= 1, x not
+// a NaN.
 long_double __asin_hl(long_double x, long_double *tail);
 long_double __acos_hl(long_double x, long_double *tail);
 // sqrt(1 - x * x) for 2^-57 <= x < 1, as r + *rl with *rl good to about
