@@ -14,12 +14,23 @@ const long_double sixth(0x3FFC5555u, 0x55555555u, 0x55555555u, 0x55555555u);
 namespace krm::ldmath {
 
 long_double __root_one_minus_square(const long_double &x, long_double *rl) {
-    long_double pe;
-    long_double p = exact::two_square(x, &pe);
-    long_double w0 = one - p;  // p < 1
-    long_double we0 = ((one - w0) - p) - pe;
-    // Renormalised, so that the tail is under half an ulp of the head (near
-    // |x| = 1 the tail of the square is a large part of 1 - x^2).
+    long_double w0, we0;
+    if (magnitude_top(x) >= 0x3FFE0000u) {
+        // From 1/2 on, (1 - x)(1 + x): 1 - x is exact and carries the
+        // cancellation, so that 1 - x^2 keeps its full relative accuracy up to
+        // x = 1 (the square's own tail would be a large part of it there).
+        long_double d = one - x;
+        long_double u = one + x;
+        long_double ue = (one - u) + x;
+        w0 = exact::two_prod(d, u, &we0);
+        we0 = we0 + d * ue;
+    } else {
+        long_double pe;
+        long_double p = exact::two_square(x, &pe);
+        w0 = one - p;  // 3/4 < 1 - p
+        we0 = ((one - w0) - p) - pe;
+    }
+    // Renormalised, so that the tail is under half an ulp of the head.
     long_double w = w0 + we0;
     long_double we = (w0 - w) + we0;
     long_double r = sqrtl(w), re;

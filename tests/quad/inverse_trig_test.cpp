@@ -4,11 +4,15 @@
 // class-order functions.
 #include <gtest/gtest.h>
 #include <quadmath.h>
+#include <math.h>
+#include <stdlib.h>
 #include <string.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "quad/function_accuracy.h"
+#include "quad/inv_trig.h"
 #include "quad/ldmath.h"
 #include "quad/quad_support.h"
 
@@ -366,6 +370,68 @@ TEST(InverseTrigAccuracy, Hypot) {
         ys.push_back(small[i] * any[i]);
     }
     expect_accurate(measure("hypot", hypot_entry, hypotq, mpfr_hypot, xs, ys));
+}
+
+// The head-and-tail forms against MPFR: head plus tail within 2^-117 of the
+// exact value, relative; the head alone is at most about 2^-113 off.
+TEST(InverseTrigAccuracy, HeadAndTailSums) {
+    using namespace krm::ldmath;
+    long n = scaled(1500);
+    samples xs = log_uniform(-80, 80, n, 40), ys = log_uniform(-80, 80, n, 41), us = uniform(-1.0Q, 1.0Q, n, 42);
+    samples near_one = log_uniform(-113, -1, n / 2, 43, false);
+    for (__float128 d : near_one) us.push_back(1 - d);
+    mpfr_t mx, my, exact, sum;
+    mpfr_inits2(113, mx, my, (mpfr_ptr)0);
+    mpfr_inits2(300, exact, sum, (mpfr_ptr)0);
+    auto relative = [&](const long_double &h, const long_double &t) {
+        mpfr_set_float128(sum, f128(h), MPFR_RNDN);
+        mpfr_add_d(sum, sum, 0, MPFR_RNDN);
+        mpfr_t tt;
+        mpfr_init2(tt, 113);
+        mpfr_set_float128(tt, f128(t), MPFR_RNDN);
+        mpfr_add(sum, sum, tt, MPFR_RNDN);
+        mpfr_clear(tt);
+        mpfr_sub(sum, sum, exact, MPFR_RNDN);
+        mpfr_div(sum, sum, exact, MPFR_RNDN);
+        return fabs(mpfr_get_d(sum, MPFR_RNDN));
+    };
+    const double bound = 0x1p-117;
+    double worst[4] = {0, 0, 0, 0};
+    for (size_t i = 0; i < xs.size(); ++i) {
+        long_double t, h;
+        mpfr_set_float128(mx, xs[i], MPFR_RNDN);
+        mpfr_set_float128(my, ys[i], MPFR_RNDN);
+        h = mx_atanl(ld(xs[i]), &t);
+        mpfr_atan(exact, mx, MPFR_RNDN);
+        double e = relative(h, t);
+        EXPECT_LE(e, bound) << "atan " << show(xs[i]);
+        worst[0] = std::max(worst[0], e);
+        __float128 x2 = i % 2 ? xs[i] : -xs[i];
+        mpfr_set_float128(mx, x2, MPFR_RNDN);
+        h = __k_atan2l(ld(ys[i]), ld(x2), &t);
+        mpfr_atan2(exact, my, mx, MPFR_RNDN);
+        e = relative(h, t);
+        EXPECT_LE(e, bound) << "atan2 " << show(ys[i]) << ", " << show(x2);
+        worst[1] = std::max(worst[1], e);
+    }
+    for (__float128 u : us) {
+        long_double t, h;
+        mpfr_set_float128(mx, u, MPFR_RNDN);
+        h = __asin_hl(ld(u), &t);
+        mpfr_asin(exact, mx, MPFR_RNDN);
+        double e = relative(h, t);
+        EXPECT_LE(e, bound) << "asin " << show(u);
+        worst[2] = std::max(worst[2], e);
+        h = __acos_hl(ld(u), &t);
+        mpfr_acos(exact, mx, MPFR_RNDN);
+        e = relative(h, t);
+        EXPECT_LE(e, bound) << "acos " << show(u);
+        worst[3] = std::max(worst[3], e);
+    }
+    if (getenv("KRM_ACCURACY_REPORT"))
+        printf("head+tail relative error: atan 2^%.1f, atan2 2^%.1f, asin 2^%.1f, acos 2^%.1f\n", log2(worst[0]),
+               log2(worst[1]), log2(worst[2]), log2(worst[3]));
+    mpfr_clears(mx, my, exact, sum, (mpfr_ptr)0);
 }
 
 // In the directed roundings every operation rounds one way, and the exact
