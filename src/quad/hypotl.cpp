@@ -1,12 +1,13 @@
-// hypot: the squares are carried exactly as head and tail, their sum's root
-// corrected once by its residual, so that only the last addition rounds.
-// Parts far apart settle on the greater alone; very large or very small
-// parts are scaled to the greater's binade first.
+// hypot: the squares are carried exactly, and the root of their sum is a
+// double-precision start corrected by one Newton step from the exact
+// residual, so that only the last addition rounds. Parts far apart settle on
+// the greater alone; large or small parts are scaled to the greater's binade
+// first.
+#include <math.h>
+
 #include "quad/inv_trig.h"
 
 namespace {
-
-const long_double half(0x3FFE0000u, 0u, 0u, 0u);
 
 // Magnitude order on the words.
 inline bool less_magnitude(const long_double &a, const long_double &b) {
@@ -32,21 +33,32 @@ long_double hypotl(long_double x, long_double y) {
     }
     unsigned ta = a.word[0], tb = b.word[0];
     if (ta - tb >= 0x730000u || iszerol(b)) return a + b;  // b^2 below 2^-230 of a^2
+    // The root starts in double precision, so both parts are scaled to the
+    // greater's binade whenever the sum of squares could leave the double
+    // range: beyond 2^449 or below 2^-448, well inside the limits where the
+    // squares themselves would overflow or underflow (0x5FF30000, 0x205B0000).
     int scale = 0;
-    if (ta >= 0x5FF30000u || tb <= 0x205B0000u) {
+    if (ta >= 0x41C00000u || tb <= 0x3E3F0000u) {
         scale = ilogbl(a);
         a = __scalbnl(a, -scale);
         b = __scalbnl(b, -scale);
     }
-    long_double ae, be;
-    long_double a2 = exact::two_square(a, &ae);
-    long_double b2 = exact::two_square(b, &be);
-    long_double s = a2 + b2;
-    long_double se = (((a2 - s) + b2) + ae) + be;
-    long_double r = sqrtl(s), re;
-    long_double rr = exact::two_square(r, &re);
-    long_double c = (((s - rr) - re) + se) * half / r;
-    long_double h = r + c;
+    // Each square exactly as three parts: with A the double nearest a and
+    // al = a - A (exact, at most 60 bits), A^2 and 2 A al are exact and
+    // al^2 is under 2^-106 of the square.
+    long_double A(static_cast<double>(a)), B(static_cast<double>(b));
+    long_double al = a - A, bl = b - B;
+    long_double A1 = A * A, B1 = B * B;
+    long_double s = A1 + B1;
+    long_double se = ((A1 - s) + B1) + (((A + A) * al + (B + B) * bl) + (al * al + bl * bl));
+    // The root of s + se: H from double precision, then one Newton step with
+    // its second-order term, sqrt(H^2 + e) = H + c - c^2 / (2H), c = e / (2H).
+    // H^2 is exact and within 2^-52 of s, so s - H^2 is exact too.
+    double h0 = sqrt(static_cast<double>(s));
+    long_double H(h0);
+    long_double c = ((s - H * H) + se) / (H + H);
+    double cd = static_cast<double>(c);
+    long_double h = H + (c - long_double(cd * cd * 0.5 / h0));
     return scale ? __scalbnl(h, scale) : h;
 }
 
