@@ -1,5 +1,7 @@
 // asin(x) = atan(x / sqrt(1 - x^2)), with 1 - x^2 and its root carried as
 // head and tail so that the ratio loses nothing; a small x is its own asin.
+#include <math.h>
+
 #include "quad/inv_trig.h"
 
 namespace {
@@ -33,12 +35,17 @@ long_double __root_one_minus_square(const long_double &x, long_double *rl) {
     // Renormalised, so that the tail is under half an ulp of the head.
     long_double w = w0 + we0;
     long_double we = (w0 - w) + we0;
-    long_double r = sqrtl(w), re;
-    long_double rr = exact::two_square(r, &re);
-    // w - r^2 is exact (r^2 lies within an ulp of w); the correction is
-    // about 2^-113 of r and wanted to a few bits only, so double will do.
-    double d = (static_cast<double>(w - rr) - static_cast<double>(re)) + static_cast<double>(we);
-    *rl = long_double(d * 0.5 / static_cast<double>(r));
+    // The root from a double start H: H^2 is exact and within 2^-52 of w,
+    // so w - H^2 is exact, and one Newton step with its second-order term,
+    // sqrt(H^2 + e) = H + c - c^2 / (2H) with c = e / (2H), is good to
+    // 2^-159; the rounding of H + that is kept in *rl.
+    double h0 = sqrt(static_cast<double>(w));
+    long_double H(h0);
+    long_double c = ((w - H * H) + we) / (H + H);
+    double cd = static_cast<double>(c);
+    long_double corr = c - long_double(cd * cd * 0.5 / h0);
+    long_double r = H + corr;
+    *rl = (H - r) + corr;
     return r;
 }
 

@@ -20,8 +20,8 @@ long_double __atan_ratio(long_double y, long_double yl, long_double x, long_doub
 // a NaN.
 long_double __asin_hl(long_double x, long_double *tail);
 long_double __acos_hl(long_double x, long_double *tail);
-// sqrt(1 - x * x) for 2^-57 <= x < 1, as r + *rl with *rl good to about
-// 2^-220 of r: 1 - x * x is formed exactly, and the root corrected once.
+// sqrt(1 - x * x) for 2^-57 <= x < 1, as r + *rl good to about 2^-159 of
+// r: 1 - x * x is formed exactly, and the root taken from a double start.
 long_double __root_one_minus_square(const long_double &x, long_double *rl);
 
 namespace exact {
