@@ -21,20 +21,26 @@ long_double __root_one_minus_square(const long_double &x, long_double *rl) {
         // From 1/2 on, (1 - x)(1 + x): 1 - x is exact and carries the
         // cancellation, so that 1 - x^2 keeps its full relative accuracy up to
         // x = 1 (the square's own tail would be a large part of it there).
+        // The product is split at the nearest doubles D and U: D U is exact,
+        // and so are D ul and dl U, the rest at most 60 bits each.
         long_double d = one - x;
         long_double u = one + x;
         long_double ue = (one - u) + x;
-        w0 = exact::two_prod(d, u, &we0);
-        we0 = we0 + d * ue;
+        long_double D(static_cast<double>(d)), U(static_cast<double>(u));
+        long_double dl = d - D, ul = u - U;
+        w0 = D * U;
+        we0 = ((D * ul + dl * U) + dl * ul) + d * ue;
     } else {
-        long_double pe;
-        long_double p = exact::two_square(x, &pe);
+        // x^2 split the same way at X, the double nearest x.
+        long_double X(static_cast<double>(x));
+        long_double xl = x - X;
+        long_double p = X * X;
+        long_double pe = (X + X) * xl + xl * xl;
         w0 = one - p;  // 3/4 < 1 - p
         we0 = ((one - w0) - p) - pe;
     }
-    // Renormalised, so that the tail is under half an ulp of the head.
-    long_double w = w0 + we0;
-    long_double we = (w0 - w) + we0;
+    // w0 + we0 is 1 - x^2 to about 2^-160, we0 under 2^-52 of w0.
+    const long_double &w = w0, &we = we0;
     // The root from a double start H: H^2 is exact and within 2^-52 of w,
     // so w - H^2 is exact, and one Newton step with its second-order term,
     // sqrt(H^2 + e) = H + c - c^2 / (2H) with c = e / (2H), is good to
