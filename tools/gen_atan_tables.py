@@ -101,6 +101,14 @@ def main():
         lname = {"pio2": "pio2lo", "PI": "PI_lo"}.get(name, name + "_lo")
         lines += qf.emit_constants([(hname, h), (lname, lo)])
     lines.append("")
+    lines.append("// pitod_hi and invpi_hi cut at their nearest doubles: _d (53 bits) plus")
+    lines.append("// _r (the rest), so that a product with a split head is exact.")
+    for name, v in (("pitod", 180 / pi), ("invpi", 1 / pi)):
+        h = qf.rounded(v)
+        d = mpmath.mpf(float(h))
+        lines += qf.emit_constants([(name + "_d", d), (name + "_r", h - d)])
+        assert qf.rounded(h - d) == h - d
+    lines.append("")
     with open(os.path.join(root, "src/quad/inv_trig_constants.inc"), "w") as f:
         f.write("\n".join(lines))
 

@@ -21,7 +21,7 @@ long_double acosdl(long_double x) {
     long_double tail;
     long_double h = __acos_hl(x, &tail);
     if (iszerol(h)) return h;
-    return exact::mul_pair(h, tail, pitod_hi, pitod_lo);
+    return exact::mul_pair(h, tail, pitod_d, pitod_r, pitod_lo);
 }
 
 }  // namespace krm::ldmath

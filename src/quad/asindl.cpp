@@ -19,7 +19,7 @@ long_double asindl(long_double x) {
     }
     long_double tail;
     long_double h = __asin_hl(x, &tail);
-    return exact::mul_pair(h, tail, pitod_hi, pitod_lo);
+    return exact::mul_pair(h, tail, pitod_d, pitod_r, pitod_lo);
 }
 
 }  // namespace krm::ldmath

@@ -14,7 +14,7 @@ long_double atan2dl(long_double y, long_double x) {
     long_double tail;
     long_double h = __k_atan2l(y, x, &tail);
     if (!finitel(h) || iszerol(h)) return h;
-    return exact::mul_pair(h, tail, pitod_hi, pitod_lo);
+    return exact::mul_pair(h, tail, pitod_d, pitod_r, pitod_lo);
 }
 
 }  // namespace krm::ldmath

@@ -74,7 +74,7 @@ long_double atan2pil(long_double y, long_double x) {
     long_double tail;
     long_double h = __k_atan2l(y, x, &tail);
     if (!finitel(h) || iszerol(h)) return h;
-    return exact::mul_pair(h, tail, invpi_hi, invpi_lo);
+    return exact::mul_pair(h, tail, invpi_d, invpi_r, invpi_lo);
 }
 
 }  // namespace krm::ldmath

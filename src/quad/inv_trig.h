@@ -52,19 +52,30 @@ inline long_double two_square(const long_double &a, long_double *e) {
     return p;
 }
 
-// (h + t) * (ch + cl) as a single rounded number, ch + cl a constant pair:
-// the product of the heads is carried exactly, so only the last addition
-// rounds. Very small heads are scaled up first so that the split is exact.
-inline long_double mul_pair(long_double h, const long_double &t, const long_double &ch, const long_double &cl) {
-    if (magnitude_top(h) < 0x00F00000u) {
-        if (iszerol(h)) return h * ch;
-        const long_double up(0x40E10000u, 0u, 0u, 0u);    // 2^226
-        long_double hs = h * up, ts = t * up, e;
+// (h + t) * (ch + cl) as a single rounded number, ch + cl a constant pair
+// and ch = cd + cr, cd its nearest double: h is cut at its nearest double
+// H, so that H cd is exact and the head of the product, and H cr and
+// (h - H) cd are exact too; only the last addition rounds. Very small heads
+// (no double) go through two_prod, scaled up first so that its split is
+// exact.
+inline long_double mul_pair(long_double h, const long_double &t, const long_double &cd, const long_double &cr,
+                            const long_double &cl) {
+    unsigned top = magnitude_top(h);
+    if (top >= 0x3C800000u && top < 0x43000000u) {
+        long_double H(static_cast<double>(h));
+        long_double hl = h - H;
+        long_double rest = ((H * cr + hl * cd) + hl * cr) + (h * cl + t * cd);
+        return H * cd + rest;
+    }
+    if (iszerol(h)) return h * cd;
+    long_double ch = cd + cr, e;
+    if (top < 0x00F00000u) {
+        const long_double up(0x40E10000u, 0u, 0u, 0u);  // 2^226
+        long_double hs = h * up, ts = t * up;
         long_double p = two_prod(hs, ch, &e);
         long_double r = p + (e + (hs * cl + ts * ch));
         return __scalbnl(r, -226);
     }
-    long_double e;
     long_double p = two_prod(h, ch, &e);
     return p + (e + (h * cl + t * ch));
 }
