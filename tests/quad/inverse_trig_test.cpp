@@ -232,6 +232,45 @@ TEST(InverseTrigEntries, HeadAndTailForms) {
     }
 }
 
+// --- On both builds: within 2 ulps of libquadmath (itself within about
+// 1.4 ulps here), so that a build without MPFR still catches gross errors.
+
+double ulps_apart(__float128 got, __float128 want) {
+    if (isnanq(got) || isnanq(want)) return isnanq(got) && isnanq(want) ? 0 : INFINITY;
+    if (got == want) return 0;
+    __float128 ulp = nextafterq(fabsq(want), inf) - fabsq(want);
+    return static_cast<double>(fabsq(got - want) / ulp);
+}
+
+TEST(InverseTrigEntries, NearLibquadmath) {
+    samples xs = log_uniform(-130, 130, 400, 50), ys = log_uniform(-130, 130, 400, 51);
+    samples us = uniform(-1.0Q, 1.0Q, 400, 52);
+    for (__float128 d : log_uniform(-113, -1, 100, 53, false)) us.push_back(1 - d);
+    struct {
+        const char *what;
+        void (*entry)(krm_real16 *, const krm_real16 *);
+        __float128 (*oracle)(__float128);
+        const samples &args;
+    } ones[] = {
+        {"atan", __Qatan, atanq, xs}, {"asin", __Qasin, asinq, us}, {"acos", __Qacos, acosq, us},
+        {"cbrt", __Qcbrt, cbrtq, xs},
+    };
+    for (const auto &f : ones)
+        for (__float128 x : f.args) {
+            krm_real16 s = in(x), r;
+            f.entry(&r, &s);
+            EXPECT_LE(ulps_apart(to_f128(r), f.oracle(x)), 2.0) << f.what << "(" << show(x) << ")";
+        }
+    for (size_t i = 0; i < xs.size(); ++i) {
+        __float128 x = i % 2 ? xs[i] : -xs[i];
+        krm_real16 sy = in(ys[i]), sx = in(x), r;
+        __Qatan2(&r, &sy, &sx);
+        EXPECT_LE(ulps_apart(to_f128(r), atan2q(ys[i], x)), 2.0) << "atan2(" << show(ys[i]) << ", " << show(x) << ")";
+        __float128 h = f128(krm::ldmath::hypotl(ld(ys[i]), ld(x)));
+        EXPECT_LE(ulps_apart(h, hypotq(ys[i], x)), 2.0) << "hypot(" << show(ys[i]) << ", " << show(x) << ")";
+    }
+}
+
 #if defined(KRM_TEST_MPFR)
 
 // --- Accuracy against MPFR, beside libquadmath.
