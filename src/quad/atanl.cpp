@@ -2,6 +2,8 @@
 // from 2^-7 to 2^7 with atan(x) = atan(b) + atan((x - b) / (1 + x b)), and
 // pi/2 - atan(1/x) above. The reduced argument stays within 2^-7, where the
 // series q1..q7 is good to 2^-128.
+#include <string.h>
+
 #include "quad/inv_trig.h"
 
 namespace {
@@ -132,7 +134,11 @@ long_double __atan_ratio(long_double y, long_double yl, long_double x, long_doub
     // The breakpoint nearest the ratio, and s = (y - b x) / (x + b y) with an
     // exact numerator: b has 6 bits and the top 106 bits of x times b are
     // exact; y - b xh is exact since they are within a factor of two.
-    unsigned tb = (top_word(long_double(qd)) + 0x400u) & 0x7FFFF800u;
+    uint64_t qbits;
+    memcpy(&qbits, &qd, sizeof qbits);
+    // qd's top word as a binary128: the exponent rebiased, 16 fraction bits.
+    unsigned qtop = static_cast<unsigned>(((qbits >> 52) + (16383 - 1023)) << 16 | ((qbits >> 36) & 0xFFFFu));
+    unsigned tb = (qtop + 0x400u) & 0x7FFFF800u;
     int i = row_of(tb);
     long_double b(tb, 0u, 0u, 0u);
     long_double xh = x;

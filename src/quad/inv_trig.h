@@ -44,14 +44,6 @@ inline long_double two_prod(const long_double &a, const long_double &b, long_dou
     return p;
 }
 
-// a * a = p + *e, as two_prod with one product fewer.
-inline long_double two_square(const long_double &a, long_double *e) {
-    long_double p = a * a;
-    long_double ah = high_half(a), al = a - ah;
-    *e = ((ah * ah - p) + (ah + ah) * al) + al * al;
-    return p;
-}
-
 // (h + t) * (ch + cl) as a single rounded number, ch + cl a constant pair
 // and ch = cd + cr, cd its nearest double: h is cut at its nearest double
 // H, so that H cd is exact and the head of the product, and H cr and
