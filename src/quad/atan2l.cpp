@@ -22,7 +22,11 @@ inline long_double constant(const long_double &c, const long_double &cl, bool ne
 
 namespace krm::ldmath {
 
-long_double __k_atan2l(long_double y, long_double x, long_double *tail) {
+long_double __k_atan2l(long_double y, long_double x, long_double *tail_or_null) {
+    // A null tail: the head alone is wanted (atan2l), which saves the tail's
+    // work in the common case.
+    long_double unused;
+    long_double *tail = tail_or_null ? tail_or_null : &unused;
     if (isnanl(x) || isnanl(y)) {
         *tail = x + y;
         return *tail;
@@ -48,7 +52,7 @@ long_double __k_atan2l(long_double y, long_double x, long_double *tail) {
 
     long_double at;
     const long_double zero(0u, 0u, 0u, 0u);
-    long_double a = __atan_ratio(ay, zero, ax, zero, tail || xneg ? &at : nullptr);
+    long_double a = __atan_ratio(ay, zero, ax, zero, tail_or_null || xneg ? &at : nullptr);
     long_double head;
     if (xneg) {  // pi - a, with a <= pi/2
         long_double h = PI - a;
@@ -59,16 +63,11 @@ long_double __k_atan2l(long_double y, long_double x, long_double *tail) {
     } else {
         head = a;
     }
-    if (tail) *tail = yneg ? -at : at;
+    if (tail_or_null) *tail = yneg ? -at : at;
     return yneg ? -head : head;
 }
 
-long_double atan2l(long_double y, long_double x) {
-    long_double tail;
-    if (isnanl(x) || isnanl(y) || !finitel(x) || !finitel(y) || iszerol(x) || iszerol(y))
-        return __k_atan2l(y, x, &tail);
-    return __k_atan2l(y, x, nullptr);
-}
+long_double atan2l(long_double y, long_double x) { return __k_atan2l(y, x, nullptr); }
 
 long_double atan2pil(long_double y, long_double x) {
     long_double tail;
