@@ -1,0 +1,32 @@
+// Steps shared by the complex functions: cosh(x) or sinh(x) times a sine or
+// cosine without the overflow of cosh alone where the product is finite, and
+// the logarithm of a modulus.
+#pragma once
+
+#include "quad/ldmath.h"
+
+namespace krm::ldmath::complex_detail {
+
+// From about 11356, ln of the largest number, cosh(x) and |sinh(x)| are
+// exp(|x|)/2 to every bit and overflow; past 22800 so does every product
+// with a sine or cosine that is not zero.
+inline const long_double &exp_overflow() {
+    static const long_double v(0x400C62E4u, 0u, 0u, 0u);
+    return v;
+}
+
+// exp(|x|)/2 times f, for |x| at or above exp_overflow(), rounded once at the
+// end by the scaling.
+inline long_double half_exp_times(long_double ax, const long_double &f) {
+    static const long_double half(0x3FFE0000u, 0u, 0u, 0u);
+    static const long_double beyond_any_product(0x400D6440u, 0u, 0u, 0u);  // 22800
+    int n;
+    long_double e = __k_cexpl(ax < beyond_any_product ? ax : beyond_any_product, &n);
+    return __scalbnl(e * half * f, n);
+}
+
+// ln sqrt(x^2 + y^2) over the whole range, without cancellation near 1:
+// the real part of the complex logarithm.
+long_double log_modulus(long_double x, long_double y);
+
+}  // namespace krm::ldmath::complex_detail

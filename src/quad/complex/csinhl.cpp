@@ -1,0 +1,51 @@
+// The complex hyperbolic sine, and the complex sine through it.
+#include "quad/complex/complex_parts.h"
+
+namespace krm::ldmath {
+
+ldcomplex csinhl(ldcomplex z) {
+    using namespace complex_detail;
+    const long_double &x = z.re, &y = z.im;
+    if (finitel(x) && finitel(y)) {
+        if (iszerol(y)) return ldcomplex{sinhl(x), y};
+        long_double s, c;
+        sincosl(y, &s, &c);
+        if (magnitude_top(x) >= exp_overflow().word[0]) {
+            long_double ax = fabsl(x);
+            long_double re = half_exp_times(ax, c);
+            return ldcomplex{sign_of(x) ? -re : re, half_exp_times(ax, s)};
+        }
+        return ldcomplex{sinhl(x) * c, coshl(x) * s};
+    }
+    // The special values: sinh is odd and conjugates with its argument.
+    if (isinfl(x)) {
+        if (iszerol(y)) return ldcomplex{x, y};
+        if (finitel(y)) {
+            long_double s, c;
+            sincosl(y, &s, &c);
+            return ldcomplex{x * c, fabsl(x) * s};
+        }
+        return ldcomplex{x, y - y};
+    }
+    if (isnanl(x)) {
+        if (iszerol(y)) return ldcomplex{x + x, y};
+        return ldcomplex{x + y, x + y};
+    }
+    long_double nan = y - y;
+    if (iszerol(x)) return ldcomplex{x, nan};
+    return ldcomplex{nan, nan};
+}
+
+// sin(z) = -i sinh(iz): with iz = -Im z + i Re z and sinh(iz) = a + ib, the
+// sine is b - ia.
+ldcomplex csinl(ldcomplex z) {
+    ldcomplex w = csinhl(ldcomplex{-z.im, z.re});
+    return ldcomplex{w.im, -w.re};
+}
+
+}  // namespace krm::ldmath
+
+extern "C" KRM_API void __Wsin(krm_complex16 *result, const krm_complex16 *z) {
+    using namespace krm::ldmath;
+    store(result, csinl(load(z)));
+}
