@@ -2,6 +2,7 @@
 // head and tail so that the ratio loses nothing; a small x is its own asin.
 #include <math.h>
 
+#include "platform/fp_flags.h"
 #include "quad/inv_trig.h"
 
 namespace {
@@ -16,6 +17,8 @@ const long_double sixth(0x3FFC5555u, 0x55555555u, 0x55555555u, 0x55555555u);
 namespace krm::ldmath {
 
 long_double __root_one_minus_square(const long_double &x, long_double *rl) {
+    krm::platform::keep_fp_flags flags;  // the double arithmetic here leaves no flag behind
+
     long_double w0, we0;
     if (magnitude_top(x) >= 0x3FFE0000u) {
         // From 1/2 on, (1 - x)(1 + x): 1 - x is exact and carries the

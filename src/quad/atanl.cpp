@@ -4,6 +4,7 @@
 // series q1..q7 is good to 2^-128.
 #include <string.h>
 
+#include "platform/fp_flags.h"
 #include "quad/inv_trig.h"
 
 namespace {
@@ -15,6 +16,8 @@ const long_double one(0x3FFF0000u, 0u, 0u, 0u);
 // atan(s) - s for |s| <= 2^-7. The terms from z^4 on are under 2^-56 of
 // the sum and are taken in double precision.
 inline long_double series_rest(const long_double &s) {
+    krm::platform::keep_fp_flags flags;  // the double arithmetic here leaves no flag behind
+
     long_double z = s * s;
     double zd = static_cast<double>(z);
     long_double r((q7d * zd + q6d) * zd + q5d);
@@ -82,6 +85,8 @@ long_double atan_magnitude(const long_double &ax, long_double *tail) {
 namespace krm::ldmath {
 
 long_double __atan_ratio(long_double y, long_double yl, long_double x, long_double xl, long_double *tail) {
+    krm::platform::keep_fp_flags flags;  // the double arithmetic here leaves no flag behind
+
     if (iszerol(y)) {
         if (tail) *tail = y;
         return y;

@@ -4,6 +4,7 @@
 // exactly: y has 53 bits, so y^2 is exact, and y times the halves of y^2 is.
 #include <math.h>
 
+#include "platform/fp_flags.h"
 #include "quad/ldmath.h"
 
 namespace {
@@ -16,6 +17,8 @@ const long_double three(0x40008000u, 0u, 0u, 0u);
 namespace krm::ldmath {
 
 long_double cbrtl(long_double x) {
+    krm::platform::keep_fp_flags flags;  // the double arithmetic here leaves no flag behind
+
     unsigned ix = magnitude_top(x);
     if (ix >= 0x7FFF0000u || iszerol(x)) return x + x;  // zero, infinity, NaN
     int e = ilogbl(x);

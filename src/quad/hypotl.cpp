@@ -5,6 +5,7 @@
 // first.
 #include <math.h>
 
+#include "platform/fp_flags.h"
 #include "quad/inv_trig.h"
 
 namespace {
@@ -23,6 +24,8 @@ inline bool less_magnitude(const long_double &a, const long_double &b) {
 namespace krm::ldmath {
 
 long_double hypotl(long_double x, long_double y) {
+    krm::platform::keep_fp_flags flags;  // the double arithmetic here leaves no flag behind
+
     long_double a = fabsl(x), b = fabsl(y);
     if (isinfl(a) || isinfl(b)) return isinfl(a) ? a : b;  // even beside a NaN
     if (isnanl(a) || isnanl(b)) return x + y;

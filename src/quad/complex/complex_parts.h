@@ -25,6 +25,21 @@ inline long_double half_exp_times(long_double ax, const long_double &f) {
     return __scalbnl(e * half * f, n);
 }
 
+// A value as a head and a tail.
+struct pair {
+    long_double hi, lo;
+};
+
+pair sum(const pair &a, const pair &b);
+// a times the pair p.
+pair times(const long_double &a, const pair &p);
+// ln |x + iy| as a pair, for finite x, y not both zero.
+pair log_modulus_pair(long_double x, long_double y);
+// The sine and cosine of a.hi + a.lo, a.lo far below a.hi's last bit.
+void sincos_pair(const pair &a, long_double *s, long_double *c);
+// e^size (c + i s), rounded once per part; size within about 11000 of 0.
+ldcomplex exp_times(const pair &size, const long_double &c, const long_double &s);
+
 // ln sqrt(x^2 + y^2) over the whole range, without cancellation near 1:
 // the real part of the complex logarithm.
 long_double log_modulus(long_double x, long_double y);

@@ -4,13 +4,10 @@
 namespace {
 
 using namespace krm::ldmath;
+using namespace krm::ldmath::complex_detail;
 
 const long_double one(0x3FFF0000u, 0u, 0u, 0u);
 const long_double zero(0u, 0u, 0u, 0u);
-// 1/ln 2, 1/pi and pi/ln 2, rounded.
-const long_double invln2(0x3FFF7154u, 0x7652B82Fu, 0xE1777D0Fu, 0xFDA0D23Au);
-const long_double invpi(0x3FFD45F3u, 0x06DC9C88u, 0x2A53F84Eu, 0xAFA3EA6Au);
-const long_double pi_over_ln2(0x40012212u, 0x3045B5DEu, 0xB9C5398Cu, 0xE82C06E5u);
 
 // Exponents with a whole magnitude up to this go by squaring.
 constexpr int squaring_limit = 64;
@@ -19,27 +16,32 @@ constexpr int squaring_limit = 64;
 
 namespace krm::ldmath {
 
-// z^w = |z|^u e^(-v arg z) cis(u arg z + v ln|z|), with w = u + iv. The
-// angle is kept in units of pi, so that a negative real base to a whole
-// power lands on a multiple of pi exactly and its sine is an exact zero.
+// z^w = e^(u L - v T) cis(u T + v L), with w = u + iv, L = ln |z| and
+// T = arg z, each exponent and angle carried as a head and tail so that
+// only the final products round. A real base stays on the real power where
+// the result is real, so that a negative base to a whole power is exact.
 ldcomplex cpowl(ldcomplex z, ldcomplex w) {
     const long_double &u = w.re, &v = w.im;
-    long_double theta = atan2pil(z.im, z.re);  // arg z / pi
-    long_double modulus = hypotl(z.re, z.im);
-    long_double angle = u * theta;  // in units of pi
-    long_double size;
-    if (iszerol(v)) {
-        size = powl(modulus, u);
-    } else {
-        // log2 of the size: u log2|z| - v theta pi / ln 2, and the angle gains
-        // v ln|z| / pi.
-        long_double ln_modulus = complex_detail::log_modulus(z.re, z.im);
-        size = exp2l(u * ln_modulus * invln2 - v * theta * pi_over_ln2);
-        angle = angle + v * ln_modulus * invpi;
+    if (iszerol(z.im) && iszerol(v) && (!sign_of(z.re) || rintl(u) == u)) return ldcomplex{powl(z.re, u), zero};
+    if (!finitel(z.re) || !finitel(z.im) || !finitel(u) || !finitel(v)) {
+        // Infinities and NaNs: exp(w log z) on the class-order functions.
+        ldcomplex l = clogl(z);
+        return cexpl(ldcomplex{u * l.re - v * l.im, u * l.im + v * l.re});
     }
+    pair L = log_modulus_pair(z.re, z.im);
+    pair T;
+    T.hi = __k_atan2l(z.im, z.re, &T.lo);
+    pair size = sum(times(u, L), times(-v, T));
+    pair angle = sum(times(u, T), times(v, L));
     long_double s, c;
-    sincospil(angle, &s, &c);
-    return ldcomplex{size * c, size * s};
+    sincos_pair(angle, &s, &c);
+    if (!(size.hi < long_double(11000)) || !(size.hi > long_double(-11400))) {
+        // Far out of range: exp on the head alone overflows or underflows
+        // as it should.
+        long_double e = expl(size.hi);
+        return ldcomplex{e * c, e * s};
+    }
+    return exp_times(size, c, s);
 }
 
 ldcomplex cpow_ww(ldcomplex z, ldcomplex w) {
