@@ -15,7 +15,16 @@ ldcomplex ccoshl(ldcomplex z) {
             long_double im = half_exp_times(ax, s);
             return ldcomplex{half_exp_times(ax, c), sign_of(x) ? -im : im};
         }
-        return ldcomplex{coshl(x) * c, sinhl(x) * s};
+        long_double ax = fabsl(x);
+        if (ax < pair_limit()) {
+            // cosh and sinh as pairs, each product rounded once.
+            pair sh, ch;
+            sinh_cosh_pairs(ax, &sh, &ch);
+            long_double im = times_rounded(sh, s);
+            return ldcomplex{times_rounded(ch, c), sign_of(x) ? -im : im};
+        }
+        ldcomplex e = exp_times(pair{ax, long_double(0u, 0u, 0u, 0u)}, c * one_half(), s * one_half());
+        return ldcomplex{e.re, sign_of(x) ? -e.im : e.im};
     }
     // The special values: cosh is even and conjugates with its argument.
     if (isinfl(x)) {

@@ -1,12 +1,13 @@
 // The complex exponential.
-#include "quad/ldmath.h"
+#include "quad/complex/complex_parts.h"
 
 namespace {
 
-// From about 11356, ln of the largest number, exp overflows, though exp(x)
-// times a small sine may not; past 22800 every such product overflows, so
-// larger arguments can stop there.
-const long_double exp_overflow(0x400C62E4u, 0u, 0u, 0u);
+const long_double zero(0u, 0u, 0u, 0u);
+// Within 11000 of zero the exponential is taken in pieces and rounded once
+// with each part; past 22800 every product with a sine or cosine that is
+// not zero overflows, so larger arguments can stop there.
+const long_double in_range(0x400C57C0u, 0u, 0u, 0u);  // 11000
 const long_double beyond_any_product(0x400D6440u, 0u, 0u, 0u);  // 22800
 
 }  // namespace
@@ -24,24 +25,29 @@ ldcomplex cexpl(ldcomplex z) {
                 sincosl(y, &s, &c);
                 return ldcomplex{x * c, x * s};  // infinity times cis(y)
             }
-            if (!finitel(y)) return ldcomplex{long_double(0), long_double(0)};
+            if (!finitel(y)) return ldcomplex{zero, zero};
             long_double s, c;
             sincosl(y, &s, &c);
-            long_double zero(0u, 0u, 0u, 0u);
             return ldcomplex{copysignl(zero, c), copysignl(zero, s)};  // +0 times cis(y)
         }
         // A finite or NaN x with an infinite or NaN y.
         long_double nan = y - y;
         return ldcomplex{nan + x, nan + x};
     }
+    if (isnanl(x)) return ldcomplex{x + x, x + x};
     long_double s, c;
     sincosl(y, &s, &c);
-    if (magnitude_top(x) >= exp_overflow.word[0] && !sign_of(x) && finitel(x)) {
+    // e^x times the cosine and the sine, each rounded once: from past
+    // overflow of e^x alone down to the subnormals.
+    if (x < in_range && x > -in_range) return complex_detail::exp_times(complex_detail::pair{x, zero}, c, s);
+    if (!sign_of(x)) {
+        // e^x as a value and a power of two, the power applied last: the
+        // product with a small sine may still be finite.
         int n;
         long_double e = __k_cexpl(x < beyond_any_product ? x : beyond_any_product, &n);
         return ldcomplex{__scalbnl(e * c, n), __scalbnl(e * s, n)};
     }
-    long_double e = expl(x);
+    long_double e = expl(x);  // zero, or the least subnormal, by the direction
     return ldcomplex{e * c, e * s};
 }
 

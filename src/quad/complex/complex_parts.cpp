@@ -7,6 +7,7 @@ namespace {
 using namespace krm::ldmath;
 
 const long_double zero(0u, 0u, 0u, 0u);
+const long_double one(0x3FFF0000u, 0u, 0u, 0u);
 const long_double half(0x3FFE0000u, 0u, 0u, 0u);
 const long_double ln2_hi(0x3FFE62E4u, 0x2FEFA39Eu, 0xF35793C7u, 0x673007E6u);
 const long_double ln2_lo(0xBF8A2A17u, 0xE1979B31u, 0xACE93A4Eu, 0xBE5D148Fu);
@@ -79,6 +80,22 @@ ldcomplex exp_times(const pair &size, const long_double &c, const long_double &s
     long_double pl, ql;
     long_double p = __explog_mul(sh, c, &pl), q = __explog_mul(sh, s, &ql);
     return ldcomplex{__exp_finish(p, pl + sl * c, m), __exp_finish(q, ql + sl * s, m)};
+}
+
+void sinh_cosh_pairs(const long_double &ax, pair *sh, pair *ch) {
+    // t = e^x - 1 and u = 1 - e^-x: sinh = (t + u)/2, cosh = 1 + (t - u)/2.
+    long_double t, tl, u, ul;
+    __sinh_cosh_parts(ax, &t, &tl, &u, &ul);
+    pair s = sum(pair{t, tl}, pair{u, ul});
+    *sh = pair{s.hi * half, s.lo * half};
+    pair d = sum(pair{t, tl}, pair{-u, -ul});
+    *ch = sum(pair{one, zero}, pair{d.hi * half, d.lo * half});
+}
+
+long_double times_rounded(const pair &p, const long_double &f) {
+    long_double lo;
+    long_double hi = __explog_mul(p.hi, f, &lo);
+    return hi + (lo + p.lo * f);
 }
 
 }  // namespace krm::ldmath::complex_detail

@@ -15,7 +15,16 @@ ldcomplex csinhl(ldcomplex z) {
             long_double re = half_exp_times(ax, c);
             return ldcomplex{sign_of(x) ? -re : re, half_exp_times(ax, s)};
         }
-        return ldcomplex{sinhl(x) * c, coshl(x) * s};
+        long_double ax = fabsl(x);
+        if (ax < pair_limit()) {
+            // sinh and cosh as pairs, each product rounded once.
+            pair sh, ch;
+            sinh_cosh_pairs(ax, &sh, &ch);
+            long_double re = times_rounded(sh, c);
+            return ldcomplex{sign_of(x) ? -re : re, times_rounded(ch, s)};
+        }
+        ldcomplex e = exp_times(pair{ax, long_double(0u, 0u, 0u, 0u)}, c * one_half(), s * one_half());
+        return ldcomplex{sign_of(x) ? -e.re : e.re, e.im};
     }
     // The special values: sinh is odd and conjugates with its argument.
     if (isinfl(x)) {
