@@ -188,10 +188,11 @@ bool operator==(const exact_value &a, const exact_value &b) {
 }
 
 // Takes the double nearest a * 2^-scale off a (a > 0), ties to even, and
-// leaves what remains in a, which may change sign: *negative follows it.
+// leaves what remains in a, which may change sign: *negative follows it;
+// for the last double, `keep_rest` false, a is left as it is.
 // Gives the exact value of that double, before any rounding to the range
 // of doubles.
-exact_value take_nearest_double(number &a, int scale, bool *negative) {
+exact_value take_nearest_double(number &a, int scale, bool *negative, bool keep_rest = true) {
     const int length = bit_length(a);
     if (length == 0) return exact_value{0, 0, false};
     const int drop = length > 53 ? length - 53 : 0;
@@ -199,15 +200,17 @@ exact_value take_nearest_double(number &a, int scale, bool *negative) {
     if (length - drop < 64) top &= (uint64_t{1} << (length - drop)) - 1;
     const bool up = drop > 0 && bit(a, drop - 1) && (any_bit_below(a, drop - 1) || (top & 1));
     const bool was_negative = *negative;
+    if (up) ++top;
+    const int zeros = __builtin_ctzll(top);
+    const exact_value taken{top >> zeros, drop - scale + zeros, was_negative};
+    if (!keep_rest) return taken;
     keep_low_bits(a, drop);
     if (up) {
-        ++top;
         // What remains is 2^drop - (the bits below), of the other sign.
         if (a.n > 0) complement(a, drop);
         *negative = !*negative;
     }
-    const int zeros = __builtin_ctzll(top);
-    return exact_value{top >> zeros, drop - scale + zeros, was_negative};
+    return taken;
 }
 
 // The double of an exact value; ldexp rounds it only if it is tiny.
@@ -321,14 +324,19 @@ extern "C" int __rem_pio2m(const double *x, double *y, int e0, int nx, int prec,
     }
     const int scale = frac_bits + 32 * half_pi_word_count - 1;
 
+    if (product.n == 0) return n;  // r is 0, as are the doubles written above
+
     // The doubles need the leading 160 bits or so of r, and its low bits only
     // when they decide a rounding. Rounding to nearest is monotonic, so the
     // sequence of doubles taken off r is monotonic in r (ordered as words
     // are): when both ends of a short interval round to the same doubles,
     // so does everything in it. So the low partial products are left out,
-    // the doubles taken off both ends of the interval that bounds r, and
-    // the whole product formed only when they differ.
-    const int skip = (bit_length(product) + 32 * half_pi_word_count - 1 - 160 - 64 - 64) / 32;
+    // as many words as keep the interval 191 bits or more below the leading
+    // bit of r (it lies at bit_length(product) + 382 or 383), the doubles
+    // are taken off both ends, and the whole product is formed only when
+    // they differ: when a rounding of the last double is that close to a
+    // tie, or for arguments so small that r has few bits.
+    const int skip = (bit_length(product) + 32 * half_pi_word_count - 1 - 160 - 32 - 64) / 32;
     if (skip >= 1 && skip < product.n + half_pi.n) {
         number low, high;
         multiply_high(product, half_pi, skip, low);
@@ -339,8 +347,9 @@ extern "C" int __rem_pio2m(const double *x, double *y, int e0, int nx, int prec,
         exact_value taken[3];
         bool same = true;
         for (int i = 0; i < outputs && same; ++i) {
-            taken[i] = take_nearest_double(low, scale - 32 * skip, &low_negative);
-            same = take_nearest_double(high, scale - 32 * skip, &high_negative) == taken[i];
+            const bool last = i == outputs - 1;
+            taken[i] = take_nearest_double(low, scale - 32 * skip, &low_negative, !last);
+            same = take_nearest_double(high, scale - 32 * skip, &high_negative, !last) == taken[i];
         }
         if (same) {
             for (int i = 0; i < outputs; ++i) y[i] = to_double(taken[i]);
@@ -348,6 +357,6 @@ extern "C" int __rem_pio2m(const double *x, double *y, int e0, int nx, int prec,
         }
     }
     multiply(product, half_pi, r);
-    for (int i = 0; i < outputs; ++i) y[i] = to_double(take_nearest_double(r, scale, &negative));
+    for (int i = 0; i < outputs; ++i) y[i] = to_double(take_nearest_double(r, scale, &negative, i < outputs - 1));
     return n;
 }
