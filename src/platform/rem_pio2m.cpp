@@ -132,47 +132,33 @@ void multiply(const number &a, const number &b, number &out) {
 
 #endif
 
-// Bits k .. k + count - 1 of 2/pi (k = 1 for the first after the binary
-// point, 1 <= count <= 32) as a whole number, bit k the highest; 0 past the
-// table. In 32-bit operations, which the i386 build does in one instruction.
-uint32_t two_over_pi_bits(const int32_t *table, int k, int count) {
-    const int word = (k - 1) / 24;
-    const int offset = (k - 1) % 24;
-    uint32_t t[3];
-    for (int i = 0; i < 3; ++i)
-        t[i] = word + i < two_over_pi_words ? static_cast<uint32_t>(table[word + i]) & 0xFFFFFF : 0;
-    const uint32_t first = t[0] << 8 | t[1] >> 16;   // 32 bits from the start of `word`
-    const uint32_t second = t[1] << 16 | t[2] >> 8;  // and the 32 after them
-    const uint32_t bits = offset ? first << offset | second >> (32 - offset) : first;
-    return bits >> (32 - count);
-}
-
-// Bits k0 .. k0 + length - 1 of 2/pi as a whole number, bit k0 the highest.
+// Bits k0 .. k0 + length - 1 of 2/pi as a whole number, bit k0 the highest
+// (k0 = 1 for the first after the binary point; bits past the table are 0).
+// Read from the low end, table word by table word, into 32-bit words.
 void two_over_pi_window(const int32_t *table, int64_t k0, int length, number &out) {
     out.n = (length + 31) / 32;
     if (k0 > 24 * static_cast<int64_t>(two_over_pi_words)) {
         out.n = 0;  // wholly past the table
         return;
     }
-    const int k = static_cast<int>(k0);
-    // Word j holds bits k + length - 32 j - 32 .. k + length - 32 j - 1, all
-    // whole but the top one.
-    int j = 0;
-    for (; 32 * j + 32 <= length; ++j) {
-        const int first = k + length - 32 * j - 32;
-        const int word = (first - 1) / 24;
-        const int offset = (first - 1) % 24;
-        if (word + 2 >= two_over_pi_words) {
-            out.w[j] = two_over_pi_bits(table, first, 32);
-            continue;
+    const int last = static_cast<int>(k0) + length - 1;  // the lowest bit
+    int word = (last - 1) / 24;
+    auto table_word = [&](int i) -> uint64_t {
+        return i < two_over_pi_words ? static_cast<uint32_t>(table[i]) & 0xFFFFFF : 0;
+    };
+    const int below = 24 * (word + 1) - last;  // bits of that word past the window
+    uint64_t bits = table_word(word) >> below;
+    int held = 24 - below;
+    for (int j = 0; j < out.n; ++j) {
+        while (held < 32 && word > 0) {
+            bits |= table_word(--word) << held;
+            held += 24;
         }
-        const uint32_t t0 = static_cast<uint32_t>(table[word]) & 0xFFFFFF;
-        const uint32_t t1 = static_cast<uint32_t>(table[word + 1]) & 0xFFFFFF;
-        const uint32_t t2 = static_cast<uint32_t>(table[word + 2]) & 0xFFFFFF;
-        const uint32_t high = t0 << 8 | t1 >> 16;
-        out.w[j] = offset ? high << offset | (t1 << 16 | t2 >> 8) >> (32 - offset) : high;
+        out.w[j] = static_cast<uint32_t>(bits);
+        bits >>= 32;
+        held -= 32;
     }
-    if (32 * j < length) out.w[j] = two_over_pi_bits(table, k, length - 32 * j);
+    if (length % 32) out.w[out.n - 1] &= (1u << (length % 32)) - 1;
     trim(out);
 }
 
@@ -219,11 +205,46 @@ double to_double(const exact_value &v) {
     return (v.negative ? -1.0 : 1.0) * ldexp(static_cast<double>(v.top), v.exponent);
 }
 
-// The words from `skip` up of the sum of the partial products of a and b
-// whose places add up to `skip` or more: the partial products left out sum
-// to less than skip * 2^(32 skip + 32), so the whole product lies between
-// this times 2^(32 skip) and that plus 2^(32 skip + 64). 1 <= skip < a.n + b.n.
-void multiply_high(const number &a, const number &b, int skip, number &out) {
+// The sum of the partial products of a and b whose places add up to `skip`
+// words or more (rounded down to whole limbs), shifted down by the words
+// left out, whose number it returns: the whole product lies between that
+// number times 2^(32 returned) and that plus 2^(32 returned + 96).
+// 2 <= skip < a.n + b.n.
+#if defined(__SIZEOF_INT128__)
+
+int multiply_high(const number &a, const number &b, int skip, number &out) {
+    constexpr int max_limbs = max_words / 2;
+    uint64_t x[max_limbs], y[max_limbs], z[max_limbs + 1];
+    const int xn = (a.n + 1) / 2;
+    const int yn = (b.n + 1) / 2;
+    if (xn > 0) x[xn - 1] = 0;
+    if (yn > 0) y[yn - 1] = 0;
+    memcpy(x, a.w, sizeof(uint32_t) * static_cast<size_t>(a.n));
+    memcpy(y, b.w, sizeof(uint32_t) * static_cast<size_t>(b.n));
+    // The limb products left out sum to less than limbs * 2^(64 limbs + 64).
+    const int limbs = skip / 2;
+    for (int i = 0; i < xn + yn - limbs; ++i) z[i] = 0;
+    for (int i = 0; i < xn; ++i) {
+        const int j0 = limbs - i > 0 ? limbs - i : 0;
+        if (j0 >= yn) continue;
+        uint64_t carry = 0;
+        for (int j = j0; j < yn; ++j) {
+            const unsigned __int128 t = static_cast<unsigned __int128>(x[i]) * y[j] + z[i + j - limbs] + carry;
+            z[i + j - limbs] = static_cast<uint64_t>(t);
+            carry = static_cast<uint64_t>(t >> 64);
+        }
+        z[i + yn - limbs] = carry;
+    }
+    out.n = a.n + b.n - 2 * limbs;
+    memcpy(out.w, z, sizeof(uint32_t) * static_cast<size_t>(out.n));
+    trim(out);
+    return 2 * limbs;
+}
+
+#else
+
+int multiply_high(const number &a, const number &b, int skip, number &out) {
+    // The word products left out sum to less than skip * 2^(32 skip + 32).
     out.n = a.n + b.n - skip;
     for (int i = 0; i < out.n; ++i) out.w[i] = 0;
     for (int i = 0; i < a.n; ++i) {
@@ -238,7 +259,10 @@ void multiply_high(const number &a, const number &b, int skip, number &out) {
         out.w[i + b.n - skip] = static_cast<uint32_t>(carry);
     }
     trim(out);
+    return skip;
 }
+
+#endif
 
 // a + 2^(32 at), for a below 2^(32 max_words - 32).
 void add_word_one(number &a, int at) {
@@ -257,19 +281,15 @@ extern "C" int __rem_pio2m(const double *x, double *y, int e0, int nx, int prec,
     for (int i = 0; i < outputs; ++i) y[i] = 0.0;
     if (nx < 1 || nx > 8) return 0;
 
-    // The argument is m * 2^e with m whole.
+    // The argument is m * 2^e with m whole: the pieces side by side.
     number m;
-    m.n = 0;
+    m.n = (24 * nx + 31) / 32;
+    for (int i = 0; i < m.n; ++i) m.w[i] = 0;
     for (int i = 0; i < nx; ++i) {
-        // m = m * 2^24 + piece
         const uint32_t piece = static_cast<uint32_t>(x[i]) & 0xFFFFFF;
-        uint64_t carry = piece;
-        for (int j = 0; j < m.n; ++j) {
-            const uint64_t t = (static_cast<uint64_t>(m.w[j]) << 24) + carry;
-            m.w[j] = static_cast<uint32_t>(t);
-            carry = t >> 32;
-        }
-        if (carry) m.w[m.n++] = static_cast<uint32_t>(carry);
+        const int at = 24 * (nx - 1 - i);
+        m.w[at / 32] |= piece << (at % 32);
+        if (at % 32 > 8) m.w[at / 32 + 1] |= piece >> (32 - at % 32);
     }
     trim(m);
     if (m.n == 0) return 0;
@@ -336,20 +356,20 @@ extern "C" int __rem_pio2m(const double *x, double *y, int e0, int nx, int prec,
     // are taken off both ends, and the whole product is formed only when
     // they differ: when a rounding of the last double is that close to a
     // tie, or for arguments so small that r has few bits.
-    const int skip = (bit_length(product) + 32 * half_pi_word_count - 1 - 160 - 32 - 64) / 32;
-    if (skip >= 1 && skip < product.n + half_pi.n) {
+    const int skip = (bit_length(product) + 32 * half_pi_word_count - 1 - 160 - 32 - 96) / 32;
+    if (skip >= 2 && skip < product.n + half_pi.n) {
         number low, high;
-        multiply_high(product, half_pi, skip, low);
+        const int skipped = multiply_high(product, half_pi, skip, low);
         high.n = low.n;
         memcpy(high.w, low.w, sizeof(uint32_t) * static_cast<size_t>(low.n));
-        add_word_one(high, 2);
+        add_word_one(high, 3);
         bool low_negative = negative, high_negative = negative;
         exact_value taken[3];
         bool same = true;
         for (int i = 0; i < outputs && same; ++i) {
             const bool last = i == outputs - 1;
-            taken[i] = take_nearest_double(low, scale - 32 * skip, &low_negative, !last);
-            same = take_nearest_double(high, scale - 32 * skip, &high_negative, !last) == taken[i];
+            taken[i] = take_nearest_double(low, scale - 32 * skipped, &low_negative, !last);
+            same = take_nearest_double(high, scale - 32 * skipped, &high_negative, !last) == taken[i];
         }
         if (same) {
             for (int i = 0; i < outputs; ++i) y[i] = to_double(taken[i]);
