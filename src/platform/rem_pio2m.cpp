@@ -348,9 +348,9 @@ extern "C" int __rem_pio2m(const double *x, double *y, int e0, int nx, int prec,
 
     // The doubles need the leading 160 bits or so of r, and its low bits only
     // when they decide a rounding. Rounding to nearest is monotonic, so the
-    // sequence of doubles taken off r is monotonic in r (ordered as words
-    // are): when both ends of a short interval round to the same doubles,
-    // so does everything in it. So the low partial products are left out,
+    // doubles taken off r one after another, compared first by the first,
+    // are monotonic in r: when both ends of a short interval give the same
+    // exact values, so does everything in it. So the low partial products are left out,
     // as many words as keep the interval 191 bits or more below the leading
     // bit of r (it lies at bit_length(product) + 382 or 383), the doubles
     // are taken off both ends, and the whole product is formed only when
