@@ -3,6 +3,7 @@
 // forms that the degree functions and atan2pil multiply by their constants.
 #pragma once
 
+#include "quad/exact_product.h"
 #include "quad/ldmath.h"
 
 namespace krm::ldmath {
@@ -26,22 +27,10 @@ long_double __root_one_minus_square(const long_double &x, long_double *rl);
 
 namespace exact {
 
-// The top 56 bits of a normal number; x less it is exact and has at most
-// 57 bits, so that products of two such halves are exact.
-inline long_double high_half(long_double x) {
-    x.word[2] &= 0xFE000000u;
-    x.word[3] = 0;
-    return x;
-}
-
-// a * b = p + *e, with *e exact to about 2^-220 of p (normal a and b whose
-// product neither overflows nor underflows).
+// a * b = p + *e, *e exact (normal a and b whose product neither
+// overflows nor underflows).
 inline long_double two_prod(const long_double &a, const long_double &b, long_double *e) {
-    long_double p = a * b;
-    long_double ah = high_half(a), al = a - ah;
-    long_double bh = high_half(b), bl = b - bh;
-    *e = (((ah * bh - p) + ah * bl) + al * bh) + al * bl;
-    return p;
+    return exact_product(a, b, e);
 }
 
 // (h + t) * (ch + cl) as a single rounded number, ch + cl a constant pair
