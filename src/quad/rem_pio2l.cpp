@@ -18,7 +18,6 @@ namespace {
 
 const long_double zero(0u, 0u, 0u, 0u);
 const long_double half(0x3FFE0000u, 0u, 0u, 0u);
-const long_double two24l(0x40170000u, 0u, 0u, 0u);
 
 using krm::ldmath::magnitude_top;
 
@@ -56,15 +55,21 @@ bool reduce_in_pieces(const long_double &ax, long_double *y, int &n) {
 
 // The whole-number reduction of the platform, for any finite |x| > pi/4.
 int reduce_exactly(const long_double &ax, long_double *y) {
-    // Scale to [2^23, 2^24) and cut 24 bits at a time into doubles.
+    // The argument scaled to [2^23, 2^24) and cut 24 bits at a time into
+    // doubles: the 113-bit significand's bits taken straight from the words,
+    // which gives the same whole numbers as taking integer parts and
+    // scaling by 2^24 in turn, without the arithmetic.
     const int e = krm::ldmath::ilogbl(ax);
-    long_double z = krm::ldmath::__scalbnl(ax, 23 - e);
-    double pieces[5];
-    for (int i = 0; i < 5; ++i) {
-        const int k = static_cast<int>(z);
-        pieces[i] = static_cast<double>(k);
-        z = (z - long_double(k)) * two24l;
-    }
+    const uint64_t hi = (static_cast<uint64_t>((ax.word[0] & 0xFFFFu) | 0x10000u) << 32) | ax.word[1];  // bits 112..64
+    const uint64_t lo = (static_cast<uint64_t>(ax.word[2]) << 32) | ax.word[3];                          // bits 63..0
+    const uint32_t mask = 0xFFFFFFu;
+    const double pieces[5] = {
+        static_cast<double>(static_cast<int32_t>((hi >> 25) & mask)),
+        static_cast<double>(static_cast<int32_t>((hi >> 1) & mask)),
+        static_cast<double>(static_cast<int32_t>(((lo >> 41) | (hi << 23)) & mask)),
+        static_cast<double>(static_cast<int32_t>((lo >> 17) & mask)),
+        static_cast<double>(static_cast<int32_t>((lo & 0x1FFFFu) << 7)),
+    };
     int count = 5;
     while (count > 1 && pieces[count - 1] == 0.0) --count;
     double out[3];
