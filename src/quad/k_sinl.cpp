@@ -53,6 +53,41 @@ inline long_double cos_rest(const long_double &z, double zd) {
 
 namespace krm::ldmath {
 
+namespace {
+
+// The table method's common step: the row of the breakpoint t, and the
+// sine of the small part s = |x| - t (+ y) and its cosine less one.
+struct table_step {
+    int row;
+    long_double sine, cosine;
+};
+
+inline table_step table_parts(const long_double &x, const long_double &y, unsigned ix) {
+    table_step t;
+    const long_double s = small_part(x, y, ix, t.row);
+    const long_double z = s * s;
+    const double zd = short_double(z);
+    t.sine = s + sin_rest(s, z, zd);
+    t.cosine = cos_rest(z, zd);
+    return t;
+}
+
+// sin(t + s) = sin t + (sin t (cos s - 1) + cos t sin s), x's sign last.
+inline long_double table_sin(const table_step &t, const long_double &x) {
+    const int i = t.row;
+    const long_double r =
+        _TBL_sinl_hi[i] + ((_TBL_sinl_lo[i] + _TBL_sinl_hi[i] * t.cosine) + _TBL_cosl_hi[i] * t.sine);
+    return sign_of(x) ? negated(r) : r;
+}
+
+// cos(t + s) = cos t + (cos t (cos s - 1) - sin t sin s).
+inline long_double table_cos(const table_step &t) {
+    const int i = t.row;
+    return _TBL_cosl_hi[i] + ((_TBL_cosl_lo[i] + _TBL_cosl_hi[i] * t.cosine) - _TBL_sinl_hi[i] * t.sine);
+}
+
+}  // namespace
+
 long_double __k_sinl(long_double x, long_double y) {
     krm::platform::keep_fp_flags flags;  // the low-order terms are summed in doubles
     const unsigned ix = magnitude_top(x);
@@ -71,15 +106,7 @@ long_double __k_sinl(long_double x, long_double y) {
         const long_double r = x * z * p;
         return x + (iszerol(y) ? r : y + r);
     }
-    int i;
-    const long_double s = small_part(x, y, ix, i);
-    const long_double z = s * s;
-    const double zd = short_double(z);
-    const long_double sine = s + sin_rest(s, z, zd);
-    const long_double cosine = cos_rest(z, zd);
-    const long_double r =
-        _TBL_sinl_hi[i] + ((_TBL_sinl_lo[i] + _TBL_sinl_hi[i] * cosine) + _TBL_cosl_hi[i] * sine);
-    return sign_of(x) ? negated(r) : r;
+    return table_sin(table_parts(x, y, ix), x);
 }
 
 long_double __k_cosl(long_double x, long_double y) {
@@ -101,13 +128,7 @@ long_double __k_cosl(long_double x, long_double y) {
         const long_double r = z * q;
         return one + (iszerol(y) ? r : r - x * y);
     }
-    int i;
-    const long_double s = small_part(x, y, ix, i);
-    const long_double z = s * s;
-    const double zd = short_double(z);
-    const long_double sine = s + sin_rest(s, z, zd);
-    const long_double cosine = cos_rest(z, zd);
-    return _TBL_cosl_hi[i] + ((_TBL_cosl_lo[i] + _TBL_cosl_hi[i] * cosine) - _TBL_sinl_hi[i] * sine);
+    return table_cos(table_parts(x, y, ix));
 }
 
 void __k_sincosl(long_double x, long_double y, long_double *sn, long_double *cs) {
@@ -118,16 +139,9 @@ void __k_sincosl(long_double x, long_double y, long_double *sn, long_double *cs)
         *cs = __k_cosl(x, y);
         return;
     }
-    int i;
-    const long_double s = small_part(x, y, ix, i);
-    const long_double z = s * s;
-    const double zd = short_double(z);
-    const long_double sine = s + sin_rest(s, z, zd);
-    const long_double cosine = cos_rest(z, zd);
-    const long_double r =
-        _TBL_sinl_hi[i] + ((_TBL_sinl_lo[i] + _TBL_sinl_hi[i] * cosine) + _TBL_cosl_hi[i] * sine);
-    *sn = sign_of(x) ? negated(r) : r;
-    *cs = _TBL_cosl_hi[i] + ((_TBL_cosl_lo[i] + _TBL_cosl_hi[i] * cosine) - _TBL_sinl_hi[i] * sine);
+    const table_step t = table_parts(x, y, ix);
+    *sn = table_sin(t, x);
+    *cs = table_cos(t);
 }
 
 }  // namespace krm::ldmath
