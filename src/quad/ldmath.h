@@ -37,6 +37,16 @@ long_double __k_cosl(long_double x, long_double y);
 long_double __k_tanl(long_double x, long_double y, int k);  // k = 1: -1/tan
 void __k_sincosl(long_double x, long_double y, long_double *s, long_double *c);
 
+// The sine and cosine of x + n pi/2 from those of x.
+inline void by_quadrant(int n, const long_double &sn, const long_double &cs, long_double *s, long_double *c) {
+    switch (n & 3) {
+        case 0: *s = sn; *c = cs; break;
+        case 1: *s = cs; *c = -sn; break;
+        case 2: *s = -sn; *c = -cs; break;
+        default: *s = -cs; *c = sn; break;
+    }
+}
+
 long_double sinl(long_double x);
 long_double cosl(long_double x);
 long_double tanl(long_double x);

@@ -16,12 +16,7 @@ void sincosl(long_double x, long_double *s, long_double *c) {
     long_double y[2], sn, cs;
     const int n = __rem_pio2l(x, y);
     __k_sincosl(y[0], y[1], &sn, &cs);
-    switch (n & 3) {
-    case 0: *s = sn; *c = cs; break;
-    case 1: *s = cs; *c = -sn; break;
-    case 2: *s = -sn; *c = -cs; break;
-    default: *s = -cs; *c = sn; break;
-    }
+    by_quadrant(n, sn, cs, s, c);
 }
 
 }  // namespace krm::ldmath

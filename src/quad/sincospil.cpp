@@ -53,12 +53,7 @@ void sincospil(long_double x, long_double *s, long_double *c) {
         times_split_constant(d, pi_h, pi_l, hi, lo);
         __k_sincosl(hi, lo, &sn, &cs);
     }
-    switch (n & 3) {
-    case 0: *s = sn; *c = cs; break;
-    case 1: *s = cs; *c = -sn; break;
-    case 2: *s = -sn; *c = -cs; break;
-    default: *s = -cs; *c = sn; break;
-    }
+    by_quadrant(n, sn, cs, s, c);
     if (iszerol(*c)) *c = zero;
 }
 

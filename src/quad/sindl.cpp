@@ -137,12 +137,7 @@ void sincosdl(long_double x, long_double *s, long_double *c) {
         multpi_180L(d, hi, lo);
         __k_sincosl(hi, lo, &sn, &cs);
     }
-    switch (n & 3) {
-    case 0: *s = sn; *c = cs; break;
-    case 1: *s = cs; *c = -sn; break;
-    case 2: *s = -sn; *c = -cs; break;
-    default: *s = -cs; *c = sn; break;
-    }
+    by_quadrant(n, sn, cs, s, c);
     if (iszerol(*c)) *c = zero;
 }
 

@@ -64,12 +64,7 @@ void sincos_pair(const pair &a, long_double *s, long_double *c) {
     int n = __rem_pio2l(a.hi, y);
     long_double sn, cs;
     __k_sincosl(y[0], y[1] + a.lo, &sn, &cs);
-    switch (n & 3) {
-        case 0: *s = sn; *c = cs; break;
-        case 1: *s = cs; *c = -sn; break;
-        case 2: *s = -sn; *c = -cs; break;
-        default: *s = -cs; *c = sn; break;
-    }
+    by_quadrant(n, sn, cs, s, c);
 }
 
 ldcomplex exp_times(const pair &size, const long_double &c, const long_double &s) {
