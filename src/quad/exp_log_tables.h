@@ -39,6 +39,10 @@ void __sinh_cosh_parts(const long_double &x, long_double *t, long_double *t_lo, 
 // sum rounded once) is wanted. precise adds the exact square that
 // powl needs near 1.
 long_double __log_hl(long_double x, long_double *lo, bool precise);
+// log x, or log10 x, of a finite x > 0 outside [1 - 2^-9, 1 + 2^-8),
+// plus *extra when extra is not null (|*extra| < 2^-100), rounded once in
+// the current direction (fixed point, no soft-float operations).
+long_double __log_fixed(const long_double &x, bool base10, const long_double *extra = nullptr);
 // log1p(u) as hi + *lo for u = u_hi + u_lo, |u_hi| <= 2^-8; lo may be null.
 long_double __log1p_hl(const long_double &u_hi, const long_double &u_lo, long_double *lo, bool precise);
 

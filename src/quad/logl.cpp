@@ -34,7 +34,7 @@ long_double logl(long_double x) {
         long_double hf = u * u * half;
         return u + (s * (hf + R) - hf);
     }
-    return __log_hl(x, nullptr, false);  // the head is the sum rounded once
+    return __log_fixed(x, false);
 }
 
 }  // namespace krm::ldmath
