@@ -253,6 +253,37 @@ namespace {
 
 #if defined(KRM_TEST_MPFR)
 
+// __explog_mul's head and tail sum to the exact product within 2^-220 of
+// it, on the integer path (exponents well inside the range) and across
+// its lower edge (products from 2^-16200 up), both signs.
+TEST(ExpLogAccuracy, ExactProductPair) {
+    samples as = log_uniform(-200, 200, scaled(2000), 401);
+    samples bs = log_uniform(-200, 200, scaled(2000), 402);
+    append(as, log_uniform(-8100, -8000, scaled(300), 403));
+    append(bs, log_uniform(-8100, -8000, scaled(300), 404));
+    mpfr_t exact, sum, t;
+    mpfr_init2(exact, 512);
+    mpfr_init2(sum, 512);
+    mpfr_init2(t, 512);
+    for (size_t i = 0; i < as.size(); ++i) {
+        long_double lo;
+        long_double hi = krm::ldmath::__explog_mul(ld(as[i]), ld(bs[i]), &lo);
+        mpfr_set_float128(exact, as[i], MPFR_RNDN);
+        mpfr_set_float128(t, bs[i], MPFR_RNDN);
+        mpfr_mul(exact, exact, t, MPFR_RNDN);  // exact: 226 bits
+        mpfr_set_float128(sum, f128(hi), MPFR_RNDN);
+        mpfr_set_float128(t, f128(lo), MPFR_RNDN);
+        mpfr_add(sum, sum, t, MPFR_RNDN);
+        mpfr_sub(sum, sum, exact, MPFR_RNDN);
+        if (mpfr_zero_p(sum)) continue;
+        long gap = mpfr_get_exp(exact) - mpfr_get_exp(sum);
+        EXPECT_GE(gap, 220) << show(as[i]) << " * " << show(bs[i]);
+    }
+    mpfr_clear(t);
+    mpfr_clear(exact);
+    mpfr_clear(sum);
+}
+
 // In the directed roundings the last operation rounds the other way, so a
 // result may lie up to an ulp further off; nothing else may change.
 TEST(ExpLogAccuracy, DirectedRoundings) {
