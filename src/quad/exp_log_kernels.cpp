@@ -157,13 +157,41 @@ long_double __log_hl(long_double x, long_double *lo, bool precise) {
         u_lo = long_double(0u, 0u, 0u, 0u);
         k += 1;
     } else {
-        // u = m r - 1 exactly as a pair: m's top 104 bits times the
-        // nine-bit r is exact, as is the rest times r.
+        // u = m r - 1 exactly, from integers: with M the 113-bit
+        // significand and r = R 2^-10, M R - 2^122 = u 2^122 has at most
+        // 114 bits (|u| < 2^-8); a 114th bit goes to the tail.
         const long_double &r = _TBL_logl_inv[j];
-        long_double mh(0x3FFF0000u | (hx & 0xFFFFu), x.word[1], x.word[2], x.word[3] & ~0x1FFu);
-        long_double ml(0x3FFF0000u | (hx & 0xFFFFu), x.word[1], x.word[2], x.word[3]);
-        ml = ml - mh;
-        u = __explog_add(mh * r - one, ml * r, &u_lo);
+        int er = field_of(r) - 16383;  // -1 or 0
+        uint64_t R = ((static_cast<uint64_t>((r.word[0] & 0xFFFFu) | 0x10000u) << 32) | r.word[1]) >> (38 - er);
+        uint64_t mh = (static_cast<uint64_t>((hx & 0xFFFFu) | 0x10000u) << 32) | x.word[1];
+        uint64_t ml = (static_cast<uint64_t>(x.word[2]) << 32) | x.word[3];
+        uint64_t h, l;
+        quad::mul_64(ml, R, h, l);
+        h += mh * R - (static_cast<uint64_t>(1) << 58);
+        unsigned sign = 0;
+        if (h >> 63) {
+            l = ~l + 1;
+            h = ~h + (l == 0);
+            sign = 0x80000000u;
+        }
+        u_lo = long_double(0u, 0u, 0u, 0u);
+        if ((h | l) == 0) {
+            u = u_lo;
+        } else {
+            int L = h ? 127 - quad::leading_zeros(h) : 63 - quad::leading_zeros(l);
+            if (L == 113) {
+                if (l & 1) u_lo = long_double(sign | static_cast<unsigned>(16383 - 122) << 16, 0u, 0u, 0u);
+                l = (l >> 1) | (h << 63);
+                h >>= 1;
+            } else if (L < 112) {
+                int n = 112 - L;
+                h = n >= 64 ? l << (n - 64) : (h << n) | (l >> (64 - n));
+                l = n >= 64 ? 0 : l << n;
+            }
+            unsigned field = static_cast<unsigned>(L - 122 + 16383);
+            u = long_double(sign | field << 16 | static_cast<unsigned>((h >> 32) & 0xFFFFu), static_cast<unsigned>(h),
+                            static_cast<unsigned>(l >> 32), static_cast<unsigned>(l));
+        }
         if (j >= 106) k += 1;
     }
     if (k == 0 && (j == 0 || j == 255)) return __log1p_hl(u, u_lo, lo, precise);
