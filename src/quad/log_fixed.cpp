@@ -118,6 +118,38 @@ struct normalised {
 
 }  // namespace
 
+long_double __log_series_R(const long_double &s) {
+    const exp_log_constants &c = _exp_log;
+    int fs = static_cast<int>((s.word[0] >> 16) & 0x7FFFu);
+    int shift = -2 - 2 * (fs - 16383);  // z 2^128 = (S 2^15)^2 / 2^128 >> shift
+    if (fs == 0 || shift >= 128) return long_double(0u, 0u, 0u, 0u);  // z below 2^-128: R is too
+    // S 2^15, the significand with its leading bit at bit 127.
+    i128 sn{(static_cast<uint64_t>((s.word[0] & 0xFFFFu) | 0x10000u) << 47) | (static_cast<uint64_t>(s.word[1]) << 15) |
+                (s.word[2] >> 17),
+            (static_cast<uint64_t>(s.word[2]) << 47) | (static_cast<uint64_t>(s.word[3]) << 15)};
+    i128 z = mul_high_u(sn, sn);
+    z = shift >= 64 ? i128{0, z.hi >> (shift - 64)} : i128{z.hi >> shift, (z.lo >> shift) | (z.hi << (64 - shift))};
+    // Every coefficient is positive and below 1, and z < 2^-9: the sums
+    // stay below 2^128.
+    const long_double *p[10] = {&c.p1, &c.p2, &c.p3, &c.p4, &c.p5, &c.p6, &c.p7, &c.p8, &c.p9, &c.p10};
+    i128 q = to_fixed(*p[9]);
+    for (int i = 8; i >= 0; --i) q = add(to_fixed(*p[i]), mul_high_u(z, q));
+    i128 r = mul_high_u(z, q);
+    if ((r.hi | r.lo) == 0) return long_double(0u, 0u, 0u, 0u);
+    // Back to a long_double, truncated: the leading bit to bit 112.
+    int L = r.hi ? 127 - quad::leading_zeros(r.hi) : 63 - quad::leading_zeros(r.lo);
+    int n = L - 112;
+    if (n > 0) {
+        r = n >= 64 ? i128{0, r.hi >> (n - 64)} : i128{r.hi >> n, (r.lo >> n) | (r.hi << (64 - n))};
+    } else if (n < 0) {
+        n = -n;
+        r = n >= 64 ? i128{r.lo << (n - 64), 0} : i128{(r.hi << n) | (r.lo >> (64 - n)), r.lo << n};
+    }
+    unsigned field = static_cast<unsigned>(L - 128 + 16383);
+    return long_double(field << 16 | static_cast<unsigned>((r.hi >> 32) & 0xFFFFu), static_cast<unsigned>(r.hi),
+                       static_cast<unsigned>(r.lo >> 32), static_cast<unsigned>(r.lo));
+}
+
 long_double __log_fixed(const long_double &x, bool base10, const long_double *extra) {
     const exp_log_constants &c = _exp_log;
     // Significand M in [2^112, 2^113) and exponent k of x = M 2^(k - 112).
