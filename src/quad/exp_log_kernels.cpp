@@ -2,6 +2,7 @@
 // functions: exact products and sums, log in head and tail form, and exp
 // by the 32-row table, with one final rounding.
 #include "quad/exp_log_tables.h"
+#include "quad/quad_core.h"
 
 namespace krm::ldmath {
 
@@ -31,8 +32,63 @@ inline long_double power_of_two(int n) {  // -16382 <= n <= 16383
 
 }  // namespace
 
+namespace {
+
+// The significand of a normal x as hi:lo, hidden bit included.
+inline void significand(const long_double &x, uint64_t &hi, uint64_t &lo) {
+    hi = (static_cast<uint64_t>((x.word[0] & 0xFFFFu) | 0x10000u) << 32) | x.word[1];
+    lo = (static_cast<uint64_t>(x.word[2]) << 32) | x.word[3];
+}
+
+inline int field_of(const long_double &x) { return static_cast<int>((x.word[0] >> 16) & 0x7FFFu); }
+
+}  // namespace
+
 long_double __explog_mul(const long_double &a, const long_double &b, long_double *lo) {
     long_double p = a * b;
+    int ea = field_of(a), eb = field_of(b), ep = field_of(p);
+    // With every exponent well inside the normal range, the rest a b - p
+    // comes from integers: it lies within an ulp of p, so only the low 128
+    // bits of the exact 226-bit product Ma Mb and of p's significand, at
+    // its place, take part.
+    if (ea != 0 && eb != 0 && ea != 0x7FFF && eb != 0x7FFF && ep > 300 && ep < 0x7FFF) {
+        int shift = ep - ea - eb + 16383 + 112;  // Mp's place in Ma Mb
+        if (shift == 112 || shift == 113) {
+            uint64_t ah, al, bh, bl, ph, pl;
+            significand(a, ah, al);
+            significand(b, bh, bl);
+            significand(p, ph, pl);
+            uint64_t h, l;
+            quad::mul_64(al, bl, h, l);
+            h += al * bh + ah * bl;  // the low 128 bits of Ma Mb
+            h -= pl << (shift - 64);  // less those of Mp 2^shift
+            // D = h:l, two's complement, |D| <= 2^113; the rest is D 2^E.
+            uint64_t sign = (a.word[0] ^ b.word[0]) & 0x80000000u ? quad::sign_bit : 0;
+            if (h >> 63) {
+                l = ~l + 1;
+                h = ~h + (l == 0);
+                sign ^= quad::sign_bit;
+            }
+            if ((h | l) == 0) {
+                *lo = long_double(0u, 0u, 0u, 0u);
+                return p;
+            }
+            int L = h ? 127 - quad::leading_zeros(h) : 63 - quad::leading_zeros(l);
+            int n = 126 - L;  // >= 13: |D| <= 2^113
+            if (n >= 64) {
+                h = l << (n - 64);
+                l = 0;
+            } else {
+                h = (h << n) | (l >> (64 - n));
+                l <<= n;
+            }
+            int E = (ea - 16383 - 112) + (eb - 16383 - 112);
+            krm_real16 out;
+            quad::round_pack(&out, sign, E + L + 16383, h, l);
+            *lo = long_double::of_storage(out);
+            return p;
+        }
+    }
     long_double ah = top56(a), al = a - ah;
     long_double bh = top56(b), bl = b - bh;
     *lo = (((ah * bh - p) + ah * bl) + al * bh) + al * bl;
@@ -101,13 +157,41 @@ long_double __log_hl(long_double x, long_double *lo, bool precise) {
         u_lo = long_double(0u, 0u, 0u, 0u);
         k += 1;
     } else {
-        // u = m r - 1 exactly as a pair: m's top 104 bits times the
-        // nine-bit r is exact, as is the rest times r.
+        // u = m r - 1 exactly, from integers: with M the 113-bit
+        // significand and r = R 2^-10, M R - 2^122 = u 2^122 has at most
+        // 114 bits (|u| < 2^-8); a 114th bit goes to the tail.
         const long_double &r = _TBL_logl_inv[j];
-        long_double mh(0x3FFF0000u | (hx & 0xFFFFu), x.word[1], x.word[2], x.word[3] & ~0x1FFu);
-        long_double ml(0x3FFF0000u | (hx & 0xFFFFu), x.word[1], x.word[2], x.word[3]);
-        ml = ml - mh;
-        u = __explog_add(mh * r - one, ml * r, &u_lo);
+        int er = field_of(r) - 16383;  // -1 or 0
+        uint64_t R = ((static_cast<uint64_t>((r.word[0] & 0xFFFFu) | 0x10000u) << 32) | r.word[1]) >> (38 - er);
+        uint64_t mh = (static_cast<uint64_t>((hx & 0xFFFFu) | 0x10000u) << 32) | x.word[1];
+        uint64_t ml = (static_cast<uint64_t>(x.word[2]) << 32) | x.word[3];
+        uint64_t h, l;
+        quad::mul_64(ml, R, h, l);
+        h += mh * R - (static_cast<uint64_t>(1) << 58);
+        unsigned sign = 0;
+        if (h >> 63) {
+            l = ~l + 1;
+            h = ~h + (l == 0);
+            sign = 0x80000000u;
+        }
+        u_lo = long_double(0u, 0u, 0u, 0u);
+        if ((h | l) == 0) {
+            u = u_lo;
+        } else {
+            int L = h ? 127 - quad::leading_zeros(h) : 63 - quad::leading_zeros(l);
+            if (L == 113) {
+                if (l & 1) u_lo = long_double(sign | static_cast<unsigned>(16383 - 122) << 16, 0u, 0u, 0u);
+                l = (l >> 1) | (h << 63);
+                h >>= 1;
+            } else if (L < 112) {
+                int n = 112 - L;
+                h = n >= 64 ? l << (n - 64) : (h << n) | (l >> (64 - n));
+                l = n >= 64 ? 0 : l << n;
+            }
+            unsigned field = static_cast<unsigned>(L - 122 + 16383);
+            u = long_double(sign | field << 16 | static_cast<unsigned>((h >> 32) & 0xFFFFu), static_cast<unsigned>(h),
+                            static_cast<unsigned>(l >> 32), static_cast<unsigned>(l));
+        }
         if (j >= 106) k += 1;
     }
     if (k == 0 && (j == 0 || j == 255)) return __log1p_hl(u, u_lo, lo, precise);

@@ -39,6 +39,13 @@ void __sinh_cosh_parts(const long_double &x, long_double *t, long_double *t_lo, 
 // sum rounded once) is wanted. precise adds the exact square that
 // powl needs near 1.
 long_double __log_hl(long_double x, long_double *lo, bool precise);
+// log x, or log10 x, of a finite x > 0 outside [1 - 2^-9, 1 + 2^-8),
+// plus *extra when extra is not null (|*extra| < 2^-100), rounded once in
+// the current direction (fixed point, no soft-float operations).
+long_double __log_fixed(const long_double &x, bool base10, const long_double *extra = nullptr);
+// R = z (p1 + p2 z + ... + p10 z^9), z = s^2, of logl's direct series near
+// 1 (|s| < 2^-4), in fixed point, truncated: good to about 2^-124.
+long_double __log_series_R(const long_double &s);
 // log1p(u) as hi + *lo for u = u_hi + u_lo, |u_hi| <= 2^-8; lo may be null.
 long_double __log1p_hl(const long_double &u_hi, const long_double &u_lo, long_double *lo, bool precise);
 

@@ -21,6 +21,9 @@ long_double log10l(long_double x) {
         return (x - x) / (x - x);
     }
     if (hx == 0x3FFF0000u && (x.word[1] | x.word[2] | x.word[3]) == 0) return zero;
+    if (hx < 0x3FFEFF00u || hx >= 0x3FFF0100u) return __log_fixed(x, true);
+    // Within [1 - 2^-9, 1 + 2^-8) the log is small beside its bits: the
+    // series in head and tail form.
     long_double lo;
     long_double hi = __log_hl(x, &lo, false);
     // (hi + lo) / ln10 with 1/ln10 = c56 + c56lo, c56 of 56 bits: the head

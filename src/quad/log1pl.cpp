@@ -24,13 +24,13 @@ long_double log1pl(long_double x) {
         if (x == -one) return -one / zero;
         return (x - x) / (x - x);
     }
-    // 1 + x as an exact pair y + e, then log y + e/y.
+    // 1 + x as an exact pair y + e, then log y + e/y; y lies outside
+    // [1 - 2^-9, 1 + 2^-8) here, and |e/y| < 2^-113.
     long_double e;
     long_double y = __explog_add(one, x, &e);
-    long_double lo;
-    long_double hi = __log_hl(y, &lo, false);
-    if (!iszerol(e)) lo = lo + e / y;
-    return hi + lo;
+    if (iszerol(e)) return __log_fixed(y, false);
+    long_double corr = e / y;
+    return __log_fixed(y, false, &corr);
 }
 
 }  // namespace krm::ldmath

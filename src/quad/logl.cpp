@@ -25,16 +25,13 @@ long_double logl(long_double x) {
     if (hx >= 0x3FFEE0F8u && hx <= 0x3FFF1084u) {
         // About 0.939 to 1.065: the series on u = x - 1 (exact) directly,
         // log1p(u) = u - u^2/2 + s (u^2/2 + R(s^2)), s = u / (2 + u).
-        const exp_log_constants &c = _exp_log;
         long_double u = x - one;
         long_double s = u / (two + u);
-        long_double z = s * s;
-        long_double R =
-            z * (c.p1 + z * (c.p2 + z * (c.p3 + z * (c.p4 + z * (c.p5 + z * (c.p6 + z * (c.p7 + z * (c.p8 + z * (c.p9 + z * c.p10)))))))));
+        long_double R = __log_series_R(s);
         long_double hf = u * u * half;
         return u + (s * (hf + R) - hf);
     }
-    return __log_hl(x, nullptr, false);  // the head is the sum rounded once
+    return __log_fixed(x, false);
 }
 
 }  // namespace krm::ldmath

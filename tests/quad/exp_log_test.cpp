@@ -187,6 +187,9 @@ TEST(ExpLogSpecial, Log10AndLog1p) {
 TEST(ExpLogAccuracy, Log10) {
     samples xs = log_samples();
     for (int n = -4900; n <= 4900; n += 97) xs.push_back(powq(10, n));  // near the powers of ten
+    // Both sides of the switch between the series near 1 and the table.
+    append(xs, uniform(1 - 0x1p-9Q - 0x1p-16Q, 1 - 0x1p-9Q + 0x1p-16Q, scaled(300), 62));
+    append(xs, uniform(1 + 0x1p-8Q - 0x1p-16Q, 1 + 0x1p-8Q + 0x1p-16Q, scaled(300), 63));
     accuracy a = measure("log10l", __Qlog10, log10q, mpfr_log10, xs);
     EXPECT_LE(a.ours, 1.0) << "worst at " << show(a.worst_x);
 }
@@ -198,6 +201,9 @@ TEST(ExpLogAccuracy, Log1p) {
     append(xs, uniform(-0.999, 1, scaled(2000), 72));
     append(xs, uniform(-0.01, 0.01, scaled(1000), 73));
     append(xs, uniform(-1, -0.99, scaled(500), 74));
+    // Both sides of the switch between the series and the table.
+    append(xs, uniform(0x1p-8Q - 0x1p-16Q, 0x1p-8Q + 0x1p-16Q, scaled(300), 75));
+    append(xs, uniform(-0x1p-8Q - 0x1p-16Q, -0x1p-8Q + 0x1p-16Q, scaled(300), 76));
     accuracy a = measure("log1pl", wrap<log1p_>, log1pq, mpfr_log1p, xs);
     EXPECT_LE(a.ours, 1.0) << "worst at " << show(a.worst_x);
 }
@@ -247,6 +253,37 @@ namespace {
 
 #if defined(KRM_TEST_MPFR)
 
+// __explog_mul's head and tail sum to the exact product within 2^-220 of
+// it, on the integer path (exponents well inside the range) and across
+// its lower edge (products from 2^-16200 up), both signs.
+TEST(ExpLogAccuracy, ExactProductPair) {
+    samples as = log_uniform(-200, 200, scaled(2000), 401);
+    samples bs = log_uniform(-200, 200, scaled(2000), 402);
+    append(as, log_uniform(-8100, -8000, scaled(300), 403));
+    append(bs, log_uniform(-8100, -8000, scaled(300), 404));
+    mpfr_t exact, sum, t;
+    mpfr_init2(exact, 512);
+    mpfr_init2(sum, 512);
+    mpfr_init2(t, 512);
+    for (size_t i = 0; i < as.size(); ++i) {
+        long_double lo;
+        long_double hi = krm::ldmath::__explog_mul(ld(as[i]), ld(bs[i]), &lo);
+        mpfr_set_float128(exact, as[i], MPFR_RNDN);
+        mpfr_set_float128(t, bs[i], MPFR_RNDN);
+        mpfr_mul(exact, exact, t, MPFR_RNDN);  // exact: 226 bits
+        mpfr_set_float128(sum, f128(hi), MPFR_RNDN);
+        mpfr_set_float128(t, f128(lo), MPFR_RNDN);
+        mpfr_add(sum, sum, t, MPFR_RNDN);
+        mpfr_sub(sum, sum, exact, MPFR_RNDN);
+        if (mpfr_zero_p(sum)) continue;
+        long gap = mpfr_get_exp(exact) - mpfr_get_exp(sum);
+        EXPECT_GE(gap, 220) << show(as[i]) << " * " << show(bs[i]);
+    }
+    mpfr_clear(t);
+    mpfr_clear(exact);
+    mpfr_clear(sum);
+}
+
 // In the directed roundings the last operation rounds the other way, so a
 // result may lie up to an ulp further off; nothing else may change.
 TEST(ExpLogAccuracy, DirectedRoundings) {
@@ -261,6 +298,7 @@ TEST(ExpLogAccuracy, DirectedRoundings) {
         EXPECT_LE(measure("expl directed", __Qexp, nullptr, mpfr_exp, xs).ours, 1.5) << fe;
         EXPECT_LE(measure("expm1l directed", wrap<expm1_>, nullptr, mpfr_expm1, hs).ours, 1.5) << fe;
         EXPECT_LE(measure("logl directed", __Qlog, nullptr, mpfr_log, ls).ours, 1.5) << fe;
+        EXPECT_LE(measure("log10l directed", __Qlog10, nullptr, mpfr_log10, ls).ours, 1.5) << fe;
         EXPECT_LE(measure("log1pl directed", wrap<log1p_>, nullptr, mpfr_log1p, px).ours, 1.5) << fe;
         EXPECT_LE(measure("sinhl directed", __Qsinh, nullptr, mpfr_sinh, hs).ours, 1.5) << fe;
         EXPECT_LE(measure("coshl directed", __Qcosh, nullptr, mpfr_cosh, hs).ours, 1.5) << fe;
