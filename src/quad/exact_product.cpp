@@ -8,33 +8,11 @@ namespace {
 
 using namespace krm::quad;
 
-// A 256-bit number, most significant limb first.
-struct u256 {
-    uint64_t w[4];
-};
-
-u256 product(uint64_t ah, uint64_t al, uint64_t bh, uint64_t bl) {
-    uint64_t h00, l00, h01, l01, h10, l10, h11, l11;
-    mul_64(al, bl, h00, l00);
-    mul_64(al, bh, h01, l01);
-    mul_64(ah, bl, h10, l10);
-    mul_64(ah, bh, h11, l11);
-    u256 r;
-    r.w[3] = l00;
-    uint64_t m = h00 + l01;
-    uint64_t c = m < h00;
-    m += l10;
-    c += m < l10;
-    r.w[2] = m;
-    uint64_t n = l11 + h01;
-    uint64_t c2 = n < l11;
-    n += h10;
-    c2 += n < h10;
-    n += c;
-    c2 += n < c;
-    r.w[1] = n;
-    r.w[0] = h11 + c2;
-    return r;
+// The low 128 bits of the product of two 113-bit significands: all that
+// the tail needs, since it lies within an ulp of the head.
+inline void low_product(uint64_t ah, uint64_t al, uint64_t bh, uint64_t bl, uint64_t &h, uint64_t &l) {
+    mul_64(al, bl, h, l);
+    h += al * bh + ah * bl;
 }
 
 // The value of a 128-bit magnitude (hi:lo) times 2^scale, with its sign:
@@ -83,7 +61,8 @@ long_double exact_product(const long_double &a, const long_double &b, long_doubl
     int ea = unpack_normalised(ua, ah, al) - exponent_bias - 112;  // a = A 2^ea
     int eb = unpack_normalised(ub, bh, bl) - exponent_bias - 112;
     int ep = unpack(up, ph, pl) - exponent_bias - 112;  // p = P 2^ep (P may be subnormal: fewer bits)
-    u256 q = product(ah, al, bh, bl);  // a b = Q 2^(ea + eb), Q below 2^226
+    uint64_t qh, ql;
+    low_product(ah, al, bh, bl, qh, ql);  // a b = Q 2^(ea + eb), Q below 2^226: its low half
     // D = Q - P 2^(ep - ea - eb), with that shift s between 0 and 113 for
     // a normal p; the difference is under 2^s, so only the low 128 bits of
     // both matter, taken mod 2^128 with the sign from the comparison.
@@ -105,8 +84,8 @@ long_double exact_product(const long_double &a, const long_double &b, long_doubl
         sh = pl << (s - 64);
         sl = 0;
     }
-    uint64_t dl = q.w[3] - sl;
-    uint64_t dh = q.w[2] - sh - (q.w[3] < sl);
+    uint64_t dl = ql - sl;
+    uint64_t dh = qh - sh - (ql < sl);
     uint64_t sign_a = ua.hi & sign_bit, sign_b = ub.hi & sign_bit;
     uint64_t sign = sign_a ^ sign_b;
     if (dh >> 63) {

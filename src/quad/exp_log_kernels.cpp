@@ -1,6 +1,7 @@
 // The kernels shared by the exponential, logarithm, power and hyperbolic
 // functions: exact products and sums, log in head and tail form, and exp
 // by the 32-row table, with one final rounding.
+#include "quad/exact_product.h"
 #include "quad/exp_log_tables.h"
 #include "quad/quad_core.h"
 
@@ -34,61 +35,16 @@ inline long_double power_of_two(int n) {  // -16382 <= n <= 16383
 
 namespace {
 
-// The significand of a normal x as hi:lo, hidden bit included.
-inline void significand(const long_double &x, uint64_t &hi, uint64_t &lo) {
-    hi = (static_cast<uint64_t>((x.word[0] & 0xFFFFu) | 0x10000u) << 32) | x.word[1];
-    lo = (static_cast<uint64_t>(x.word[2]) << 32) | x.word[3];
-}
-
 inline int field_of(const long_double &x) { return static_cast<int>((x.word[0] >> 16) & 0x7FFFu); }
 
 }  // namespace
 
 long_double __explog_mul(const long_double &a, const long_double &b, long_double *lo) {
-    long_double p = a * b;
-    int ea = field_of(a), eb = field_of(b), ep = field_of(p);
-    // With every exponent well inside the normal range, the rest a b - p
-    // comes from integers: it lies within an ulp of p, so only the low 128
-    // bits of the exact 226-bit product Ma Mb and of p's significand, at
-    // its place, take part.
-    if (ea != 0 && eb != 0 && ea != 0x7FFF && eb != 0x7FFF && ep > 300 && ep < 0x7FFF) {
-        int shift = ep - ea - eb + 16383 + 112;  // Mp's place in Ma Mb
-        if (shift == 112 || shift == 113) {
-            uint64_t ah, al, bh, bl, ph, pl;
-            significand(a, ah, al);
-            significand(b, bh, bl);
-            significand(p, ph, pl);
-            uint64_t h, l;
-            quad::mul_64(al, bl, h, l);
-            h += al * bh + ah * bl;  // the low 128 bits of Ma Mb
-            h -= pl << (shift - 64);  // less those of Mp 2^shift
-            // D = h:l, two's complement, |D| <= 2^113; the rest is D 2^E.
-            uint64_t sign = (a.word[0] ^ b.word[0]) & 0x80000000u ? quad::sign_bit : 0;
-            if (h >> 63) {
-                l = ~l + 1;
-                h = ~h + (l == 0);
-                sign ^= quad::sign_bit;
-            }
-            if ((h | l) == 0) {
-                *lo = long_double(0u, 0u, 0u, 0u);
-                return p;
-            }
-            int L = h ? 127 - quad::leading_zeros(h) : 63 - quad::leading_zeros(l);
-            int n = 126 - L;  // >= 13: |D| <= 2^113
-            if (n >= 64) {
-                h = l << (n - 64);
-                l = 0;
-            } else {
-                h = (h << n) | (l >> (64 - n));
-                l <<= n;
-            }
-            int E = (ea - 16383 - 112) + (eb - 16383 - 112);
-            krm_real16 out;
-            quad::round_pack(&out, sign, E + L + 16383, h, l);
-            *lo = long_double::of_storage(out);
-            return p;
-        }
-    }
+    // A normal product: the tail from the integers. Otherwise (a product
+    // in the subnormals, an infinity, a NaN) the halves of the factors.
+    long_double p = exact_product(a, b, lo);
+    const int ep = field_of(p);
+    if (ep != 0 && ep != 0x7FFF) return p;
     long_double ah = top56(a), al = a - ah;
     long_double bh = top56(b), bl = b - bh;
     *lo = (((ah * bh - p) + ah * bl) + al * bh) + al * bl;
