@@ -3,6 +3,7 @@
 // the end of the exponential.
 #include <stdint.h>
 
+#include "quad/exact_product.h"
 #include "quad/exp_log_tables.h"
 
 namespace {
@@ -96,6 +97,18 @@ long_double whole_power(const long_double &x, long long n, const long_double &y)
     if (n == 1) return x;
     if (n == 2) return x * x;
     if (n == -1) return one / x;
+    if ((n == 3 || n == 4) && magnitude_top(x) - 0x305F0000u < 0x1F400000u) {
+        // x^3 and x^4 from exact products, rounded once at the end, for x
+        // within 2^+-4000, where every tail stays a normal number.
+        long_double l2, l;
+        const long_double p2 = exact_product(x, x, &l2);
+        if (n == 3) {
+            const long_double p3 = exact_product(p2, x, &l);
+            return p3 + (l + l2 * x);
+        }
+        const long_double p4 = exact_product(p2, p2, &l);
+        return p4 + (l + (p2 + p2) * l2);
+    }
     return powl(x, y);
 }
 

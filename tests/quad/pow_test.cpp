@@ -148,6 +148,16 @@ TEST(PowAccuracy, WholeNumberPowers) {
     EXPECT_LE(r.ours, 1.0) << "worst at " << show(r.worst_x) << ", " << show(r.worst_y);
 }
 
+// Cubes and fourth powers go by exact products within 2^+-4000, and by the
+// general power outside: both sides of that edge.
+TEST(PowAccuracy, CubesAndFourthPowers) {
+    samples xs = log_uniform(-4100, 4100, scaled(4000), 103);
+    samples ys;
+    for (size_t i = 0; i < xs.size(); ++i) ys.push_back(i & 1 ? 3 : 4);
+    accuracy r = measure("powil 3 and 4", powl_entry, powq, pow_whole, xs, ys);
+    EXPECT_LE(r.ours, 0.501) << "worst at " << show(r.worst_x) << ", " << show(r.worst_y);
+}
+
 #endif
 
 }  // namespace
