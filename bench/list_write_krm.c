@@ -17,11 +17,7 @@
  *
  * The values come from the same generator as list_write_gfortran.f90, so
  * that both programs write the same sequence. */
-#include <stdio.h>
-#include <stdlib.h>
-#include <string.h>
-
-#include <krm.h>
+#include "list_write_driver.h"
 
 static const stmt_location write_many_at = {STMT_WRITE, 31, "list_write_gfortran.f90"};
 static const stmt_location write_each_at = {STMT_WRITE, 34, "list_write_gfortran.f90"};
@@ -37,34 +33,18 @@ static void fill(int32_t *a, long n) {
     }
 }
 
+static int32_t *values;
+
+static int put(io_control_list_write *w, long i) { return __f90_slw_i4(w, values[i]); }
+
 int main(int argc, char **argv) {
-    if (argc < 2 || (strcmp(argv[1], "many") != 0 && strcmp(argv[1], "each") != 0)) {
-        fprintf(stderr, "usage: %s many|each [n]\n", argv[0]);
-        return 2;
-    }
-    long n = argc > 2 ? strtol(argv[2], NULL, 10) : 10000000L;
-    if (n < 1) n = 1;
-    int32_t *a = malloc((size_t)n * sizeof *a);
-    if (!a) {
+    long n = list_write_count(argc, argv);
+    if (n == 0) return 2;
+    values = malloc((size_t)n * sizeof *values);
+    if (!values) {
         perror("malloc");
         return 1;
     }
-    fill(a, n);
-
-    if (argv[1][0] == 'm') {
-        io_control_list_write w = {0, &write_many_at, 11, 0};
-        __f90_sslw(&w);
-        for (long i = 0; i < n; ++i) __f90_slw_i4(&w, a[i]);
-        __f90_eslw(&w);
-    } else {
-        for (long i = 0; i < n; ++i) {
-            /* compiled code builds a fresh control record per statement */
-            io_control_list_write w = {0, &write_each_at, 11, 0};
-            __f90_sslw(&w);
-            __f90_slw_i4(&w, a[i]);
-            __f90_eslw(&w);
-        }
-    }
-    free(a);
-    __f90_stop();
+    fill(values, n);
+    list_write_run(argv, n, put, &write_many_at, &write_each_at);
 }
