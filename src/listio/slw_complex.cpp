@@ -11,6 +11,22 @@ using namespace krm;
 using real_layout::decimal_symbol;
 using real_layout::text_size;
 
+namespace {
+
+// (re,im) from the parts' bits, each in its shortest form.
+template <class Bits, class Text>
+int write_complex(io_control_list_write *ctl, const void *parts, Text text) {
+    const char point = decimal_symbol(ctl);
+    Bits v[2];
+    memcpy(v, parts, sizeof v);
+    char re[text_size], im[text_size];
+    const int n1 = text(re, v[0], point);
+    const int n2 = text(im, v[1], point);
+    return list_write::write_pair(ctl, '(', re, n1, im, n2, ')');
+}
+
+}  // namespace
+
 extern "C" {
 
 // The parts are copied out byte by byte: on i386 a COMPLEX(8) needs only
@@ -40,35 +56,17 @@ KRM_API int __f90_slw_c16_f77compat(io_control_list_write *ctl, const uint32_t *
 
 KRM_API int __f90_slw_c4(io_control_list_write *ctl, const float *parts) {
     if (list_write::f77(ctl)) return __f90_slw_c4_f77compat(ctl, parts);
-    const char point = decimal_symbol(ctl);
-    uint32_t bits[2];
-    memcpy(bits, parts, sizeof bits);
-    char re[text_size], im[text_size];
-    int n1 = real_layout::real4_text(re, bits[0], point);
-    int n2 = real_layout::real4_text(im, bits[1], point);
-    return list_write::write_pair(ctl, '(', re, n1, im, n2, ')');
+    return write_complex<uint32_t>(ctl, parts, real_layout::real4_text);
 }
 
 KRM_API int __f90_slw_c8(io_control_list_write *ctl, const double *parts) {
     if (list_write::f77(ctl)) return __f90_slw_c8_f77compat(ctl, parts);
-    const char point = decimal_symbol(ctl);
-    uint64_t bits[2];
-    memcpy(bits, parts, sizeof bits);
-    char re[text_size], im[text_size];
-    int n1 = real_layout::real8_text(re, bits[0], point);
-    int n2 = real_layout::real8_text(im, bits[1], point);
-    return list_write::write_pair(ctl, '(', re, n1, im, n2, ')');
+    return write_complex<uint64_t>(ctl, parts, real_layout::real8_text);
 }
 
 KRM_API int __f90_slw_c16(io_control_list_write *ctl, const uint32_t *parts) {
     if (list_write::f77(ctl)) return __f90_slw_c16_f77compat(ctl, parts);
-    const char point = decimal_symbol(ctl);
-    real_layout::real16 v[2];
-    memcpy(v, parts, sizeof v);
-    char re[text_size], im[text_size];
-    int n1 = real_layout::real16_text(re, v[0], point);
-    int n2 = real_layout::real16_text(im, v[1], point);
-    return list_write::write_pair(ctl, '(', re, n1, im, n2, ')');
+    return write_complex<real_layout::real16>(ctl, parts, real_layout::real16_text);
 }
 
 }  // extern "C"
