@@ -10,11 +10,6 @@ ldcomplex ccoshl(ldcomplex z) {
         if (iszerol(y)) return ldcomplex{coshl(x), sinhl(x) * y};  // the zero's sign by the product's rule
         long_double s, c;
         sincosl(y, &s, &c);
-        if (magnitude_top(x) >= exp_overflow().word[0]) {
-            long_double ax = fabsl(x);
-            long_double im = half_exp_times(ax, s);
-            return ldcomplex{half_exp_times(ax, c), sign_of(x) ? -im : im};
-        }
         long_double ax = fabsl(x);
         if (ax < pair_limit()) {
             // cosh and sinh as pairs, each product rounded once.
@@ -23,7 +18,8 @@ ldcomplex ccoshl(ldcomplex z) {
             long_double im = times_rounded(sh, s);
             return ldcomplex{times_rounded(ch, c), sign_of(x) ? -im : im};
         }
-        ldcomplex e = exp_times(pair{ax, long_double(0u, 0u, 0u, 0u)}, c * one_half(), s * one_half());
+        // e^|x| / 2 times each part.
+        ldcomplex e = exp_cis(ax, c * one_half(), s * one_half());
         return ldcomplex{e.re, sign_of(x) ? -e.im : e.im};
     }
     // The special values: cosh is even and conjugates with its argument.

@@ -1,15 +1,15 @@
-// Steps shared by the complex functions: cosh(x) or sinh(x) times a sine or
-// cosine without the overflow of cosh alone where the product is finite, and
-// the logarithm of a modulus.
+// Steps shared by the complex functions: exp, cosh or sinh times a sine or
+// cosine without the overflow of the first factor alone where the product
+// is finite, head-and-tail arithmetic, and the logarithm of a modulus.
 #pragma once
 
 #include "quad/ldmath.h"
 
 namespace krm::ldmath::complex_detail {
 
-// From about 11356, ln of the largest number, cosh(x) and |sinh(x)| are
-// exp(|x|)/2 to every bit and overflow; past 22800 so does every product
-// with a sine or cosine that is not zero.
+// From about 11356, ln of the largest number, exp(x) overflows, and cosh(x)
+// and |sinh(x)| are exp(|x|)/2 to every bit; past 22800 every product with
+// a sine or cosine that is not zero overflows too.
 inline const long_double &exp_overflow() {
     static const long_double v(0x400C62E4u, 0u, 0u, 0u);
     return v;
@@ -20,13 +20,14 @@ inline const long_double &one_half() {
     return v;
 }
 
-// exp(|x|)/2 times f, for |x| at or above exp_overflow(), rounded once at the
-// end by the scaling.
-inline long_double half_exp_times(long_double ax, const long_double &f) {
+// exp(x) (c + i s), for x at or above exp_overflow(): exp(x) as a value and
+// a power of two, the power applied last, so that a part may still be
+// finite.
+inline ldcomplex big_exp_times(long_double x, const long_double &c, const long_double &s) {
     static const long_double beyond_any_product(0x400D6440u, 0u, 0u, 0u);  // 22800
     int n;
-    long_double e = __k_cexpl(ax < beyond_any_product ? ax : beyond_any_product, &n);
-    return __scalbnl(e * one_half() * f, n);
+    long_double e = __k_cexpl(x < beyond_any_product ? x : beyond_any_product, &n);
+    return ldcomplex{__scalbnl(e * c, n), __scalbnl(e * s, n)};
 }
 
 // A value as a head and a tail.
@@ -53,6 +54,12 @@ long_double times_rounded(const pair &p, const long_double &f);
 inline const long_double &pair_limit() {
     static const long_double v(0x40044000u, 0u, 0u, 0u);  // 40
     return v;
+}
+
+// exp(x) (c + i s) for x above -exp_overflow(), each part rounded once.
+inline ldcomplex exp_cis(const long_double &x, const long_double &c, const long_double &s) {
+    if (x < exp_overflow()) return exp_times(pair{x, long_double(0u, 0u, 0u, 0u)}, c, s);
+    return big_exp_times(x, c, s);
 }
 
 // ln sqrt(x^2 + y^2) over the whole range, without cancellation near 1:

@@ -10,11 +10,6 @@ ldcomplex csinhl(ldcomplex z) {
         if (iszerol(y)) return ldcomplex{sinhl(x), y};
         long_double s, c;
         sincosl(y, &s, &c);
-        if (magnitude_top(x) >= exp_overflow().word[0]) {
-            long_double ax = fabsl(x);
-            long_double re = half_exp_times(ax, c);
-            return ldcomplex{sign_of(x) ? -re : re, half_exp_times(ax, s)};
-        }
         long_double ax = fabsl(x);
         if (ax < pair_limit()) {
             // sinh and cosh as pairs, each product rounded once.
@@ -23,7 +18,8 @@ ldcomplex csinhl(ldcomplex z) {
             long_double re = times_rounded(sh, c);
             return ldcomplex{sign_of(x) ? -re : re, times_rounded(ch, s)};
         }
-        ldcomplex e = exp_times(pair{ax, long_double(0u, 0u, 0u, 0u)}, c * one_half(), s * one_half());
+        // e^|x| / 2 times each part.
+        ldcomplex e = exp_cis(ax, c * one_half(), s * one_half());
         return ldcomplex{sign_of(x) ? -e.re : e.re, e.im};
     }
     // The special values: sinh is odd and conjugates with its argument.
